@@ -25,10 +25,7 @@ run by-cmake/consumer_c
 run by-cmake/consumer_cpp
 
 pc=$(dirname "$(find "$work/tree" -name VeskTarvoM5.pc)")
-query() { PKG_CONFIG_PATH=$pc pkg-config --define-variable=prefix="$work/tree" "$@" VeskTarvoM5; }
-# The file names the prefix of the configuration; here the tree stands elsewhere.
-sed -i -e "s|^prefix=.*|prefix=$work/tree|" -e "s|^libdir=.*|libdir=$libdir|" \
-  -e "s|^includedir=.*|includedir=$work/tree/include|" "$pc/VeskTarvoM5.pc"
+query() { PKG_CONFIG_PATH=$pc pkg-config "$@" VeskTarvoM5; }
 test "$(query --modversion)" = 1.0.0
 read -r -a cflags < <(query --cflags)
 read -r -a libs < <(query --libs)
