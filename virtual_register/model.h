@@ -182,6 +182,7 @@ class Model {
     void print_copy();
     void print_free(const PaperLine& line);
     void printed_for_a_while(std::size_t lines);
+    void note_paper_out();
 
     bool read_eeprom(const RequestPayload& payload, AnswerPayload& answer) const;
     void read_product(std::uint16_t code, AnswerPayload& answer) const;

@@ -120,7 +120,7 @@ void Model::add_time(AnswerPayload& to) const {
 
 void Model::print_free(const PaperLine& line) {
     if (!paper_.print(line)) {
-        memory_.set_last_error(kPaperOutError);
+        note_paper_out();
     }
 }
 
