@@ -24,20 +24,26 @@ constexpr const char* kFooter =
 ParsedOptions parse_options(int argc, char** argv) {
     Options options;
     options.cashier = ::isatty(STDIN_FILENO) != 0 ? Cashier::prompt : Cashier::off;
+    // Bytes would be read as characters.
+    unsigned net_number = options.net_number;
+    unsigned section = options.identity.section;
     CLI::App app(kDescription, "tarvo-register");
     app.footer(kFooter);
     app.get_formatter()->column_width(34);
 
     auto* firmware = app.add_option("--firmware", options.identity.firmware,
-                                    "Firmware: 300, 301, 302, 303, 310, 312 or 400")
-                         ->check(CLI::IsMember({300, 301, 302, 303, 310, 312, 400}))
+                                    "300, 301, 302, 303, 310, 312 or 400")
+                         ->type_name("NUMBER")
+                         ->check(CLI::IsMember({300, 301, 302, 303, 310, 312, 400}).description(""))
                          ->capture_default_str();
     app.add_option("--baud", options.baud,
                    "Speed that the register answers at; at any other it hears noise")
-        ->check(CLI::IsMember({9600, 57600}))
+        ->type_name("9600|57600")
+        ->check(CLI::IsMember({9600, 57600}).description(""))
         ->capture_default_str();
-    app.add_option("--net", options.net_number, "Network number")
-        ->check(CLI::Range(1, 255))
+    app.add_option("--net", net_number, "Network number")
+        ->type_name("1..255")
+        ->check(CLI::Range(1, 255).description(""))
         ->capture_default_str();
     auto* serial =
         app.add_option("--serial", options.identity.serial, "Serial number, up to 8 characters")
@@ -45,11 +51,13 @@ ParsedOptions parse_options(int argc, char** argv) {
                 return text.size() <= 8 ? std::string() : "at most 8 characters";
             })
             ->capture_default_str();
-    app.add_option("--section", options.identity.section, "Section of a new register")
-        ->check(CLI::Range(1, 255))
+    app.add_option("--section", section, "Section of a new register")
+        ->type_name("1..255")
+        ->check(CLI::Range(1, 255).description(""))
         ->capture_default_str();
     app.add_option("--drawer", options.identity.drawer_kopecks,
                    "Kopecks in the drawer of a new register")
+        ->type_name("KOPECKS")
         ->capture_default_str();
     app.add_option("--memory", options.memory_file,
                    "Keep the register's memory in this file (made when missing)")
@@ -69,7 +77,8 @@ ParsedOptions parse_options(int argc, char** argv) {
     app.add_flag("--pace", options.pace, "Give bytes the time that they take on a real line");
     app.add_option("--print-ms", options.print_ms,
                    "Milliseconds that each line of a receipt takes to print, register deaf")
-        ->check(CLI::Range(0, 60000))
+        ->type_name("MS")
+        ->check(CLI::Range(0, 60000).description(""))
         ->capture_default_str();
     app.add_option("--link", options.link, "Make this symbolic link to the tty while running")
         ->type_name("PATH");
@@ -83,6 +92,8 @@ ParsedOptions parse_options(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         return {std::nullopt, app.exit(error)};
     }
+    options.net_number = static_cast<std::uint8_t>(net_number);
+    options.identity.section = static_cast<std::uint8_t>(section);
     options.firmware_given = firmware->count() > 0;
     options.serial_given = serial->count() > 0;
     return {options, 0};
