@@ -420,6 +420,7 @@ class FleetingDevice : public Device {
 TEST_F(MiniComTest, FirstByteHasItsIntervalToo) {
     FleetingDevice device;
     world.Attach("/dev/ttyS1", &device);
+    CMiniCom port;  // goes before its device
     port.Open(2);
     const _COMMTIMEOUTS limits{70, 30, 1000, 1, 2};
     port.SetCommTimeouts(&limits);
