@@ -24,6 +24,28 @@ void ExpectNoFault(const frame::Fault& fault) {
     EXPECT_EQ(fault.detail, nullptr);
 }
 
+frame::Fault Check(const Bytes& body, unsigned char net_num) {
+    return frame::CheckBody(body.data(), static_cast<unsigned>(body.size()), net_num);
+}
+
+TEST(Frame, NewPayloadHasRoomForTheFrame) {
+    for (const std::size_t size : {0U, 1U, 41U}) {
+        Bytes payload = frame::NewPayload(size);
+        EXPECT_EQ(payload, Bytes(size, 0));
+        const unsigned char* const memory = payload.data();
+        frame::Build(static_cast<kkm_command>(0x21), 0, payload, 0xFF);
+        EXPECT_EQ(payload.data(), memory);
+        EXPECT_EQ(payload.size(), size + 5);
+    }
+}
+
+TEST(Frame, NewPayloadTakesBytesAndWords) {
+    EXPECT_EQ(frame::NewPayload({0x01, 0xFF, 0x00}), (Bytes{0x01, 0xFF, 0x00}));
+    EXPECT_EQ(frame::NewPayload({}), Bytes{});
+    EXPECT_EQ(frame::NewWordPayload(0x12FE), (Bytes{0x12, 0xFE}));
+    EXPECT_EQ(frame::NewWordPayload(0x00FF), (Bytes{0x00, 0xFF}));
+}
+
 TEST(Frame, SumWrapsAtEightBits) {
     const unsigned char bytes[] = {0xFF, 0x02, 0x80, 0x80};
     EXPECT_EQ(frame::Sum(bytes, 1), 0xFF);
@@ -90,9 +112,9 @@ TEST(Frame, StartByteIsJudgedFirst) {
 }
 
 TEST(Frame, GoodBodyHasNoFault) {
-    ExpectNoFault(frame::CheckBody({0x00, 0xB4, 0xB4}, 0));
-    ExpectNoFault(frame::CheckBody({0x05, 0xB4, 0x03, 0x02, 0xBE}, 0));
-    ExpectNoFault(frame::CheckBody({0x05, 0xB4, 0x03, 0x02, 0xBE}, 5));
+    ExpectNoFault(Check({0x00, 0xB4, 0xB4}, 0));
+    ExpectNoFault(Check({0x05, 0xB4, 0x03, 0x02, 0xBE}, 0));
+    ExpectNoFault(Check({0x05, 0xB4, 0x03, 0x02, 0xBE}, 5));
 }
 
 TEST(Frame, EveryByteOfTheBodyCounts) {
@@ -101,13 +123,13 @@ TEST(Frame, EveryByteOfTheBodyCounts) {
         for (unsigned bit = 0; bit < 8; ++bit) {
             Bytes body = good;
             body[i] = static_cast<unsigned char>(body[i] ^ 1U << bit);
-            ExpectFault(frame::CheckBody(body, 0), 2, "CTarvo::getPacket: ERROR ks");
+            ExpectFault(Check(body, 0), 2, "CTarvo::getPacket: ERROR ks");
         }
     }
 }
 
 TEST(Frame, ChecksumIsJudgedBeforeTheNetworkNumber) {
-    ExpectFault(frame::CheckBody({0x07, 0xB4, 0x00}, 3), 2, "CTarvo::getPacket: ERROR ks");
+    ExpectFault(Check({0x07, 0xB4, 0x00}, 3), 2, "CTarvo::getPacket: ERROR ks");
 }
 
 TEST(Frame, NumberZeroAcceptsEveryRegisterAndAnyOtherOnlyItsOwn) {
@@ -115,11 +137,11 @@ TEST(Frame, NumberZeroAcceptsEveryRegisterAndAnyOtherOnlyItsOwn) {
         for (int theirs = 0; theirs <= 255; ++theirs) {
             const auto number = static_cast<unsigned char>(theirs);
             const Bytes body{number, 0x01, static_cast<unsigned char>(number + 1)};
-            const frame::Fault fault = frame::CheckBody(body, static_cast<unsigned char>(own));
+            const frame::Fault fault = Check(body, static_cast<unsigned char>(own));
             ASSERT_EQ(fault.code, own == 0 || own == theirs ? 0 : 4) << own << " " << theirs;
         }
     }
-    ExpectFault(frame::CheckBody({0x07, 0xB4, 0xBB}, 3), 4, "CTarvo::getPacket: ERROR m_NetNum");
+    ExpectFault(Check({0x07, 0xB4, 0xBB}, 3), 4, "CTarvo::getPacket: ERROR m_NetNum");
 }
 
 }  // namespace
