@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
+#include <stdexcept>
 
 namespace test {
 
@@ -128,8 +129,8 @@ std::optional<Interruption> World::TakeInterruption(std::deque<Interruption>& qu
     return taken;
 }
 
-int World::Poll(int fd, int timeout_ms, short* revents) {
-    Record("wait " + std::to_string(timeout_ms));
+int World::Poll(int fd, short events, int timeout_ms, short* revents) {
+    Record((events == POLLIN ? "wait " : "wait for no input ") + std::to_string(timeout_ms));
     const std::optional<Micros> input = files_.at(fd)->NextInput(now_);
     const Micros limit =
         timeout_ms < 0 ? ~Micros{0} - now_ : static_cast<Micros>(timeout_ms) * 1000;
@@ -184,6 +185,9 @@ int World::Flush(int fd, int queue) {
 int World::Usleep(unsigned us) {
     Record(us % 1000 == 0 ? "sleep " + std::to_string(us / 1000)
                           : "sleep " + std::to_string(us) + " us");
+    if (on_sleep) {
+        on_sleep();
+    }
     if (const auto interruption = TakeInterruption(sleep_interruptions_, us)) {
         errno = interruption->error;
         return -1;
@@ -194,6 +198,9 @@ int World::Usleep(unsigned us) {
 
 void World::Trace(const std::string& file, const std::string& text) {
     traces_.push_back({file, text});
+    if (tracing_fails) {
+        throw std::runtime_error("no room for a trace");
+    }
 }
 
 void World::Detail(int code, const std::string& text) {
@@ -267,7 +274,7 @@ ssize_t __wrap_write(int fd, const void* from, size_t count) {
 
 int __wrap_poll(pollfd* fds, nfds_t count, int timeout) {
     if (count == 1 && World::Get().Owns(fds->fd)) {
-        return World::Get().Poll(fds->fd, timeout, &fds->revents);
+        return World::Get().Poll(fds->fd, fds->events, timeout, &fds->revents);
     }
     return __real_poll(fds, count, timeout);
 }
