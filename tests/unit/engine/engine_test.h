@@ -142,6 +142,26 @@ class HookedDriver : public TTarvoVesk {
     std::function<void(unsigned char step)> on_hook;
 };
 
+// A step whose operation fails so many times before it would succeed.
+struct RetryCase {
+    int failures;
+    bool succeeds;
+    std::string behind;  // traced behind the failures
+
+    std::size_t Attempts() const { return static_cast<std::size_t>(std::min(failures + 1, 20)); }
+    static std::string Name(const testing::TestParamInfo<RetryCase>& info) {
+        return "Behind" + std::to_string(info.param.failures) + "Failures";
+    }
+};
+
+inline std::string Repeat(int times, const std::string& text) {
+    std::string all;
+    for (int i = 0; i < times; ++i) {
+        all += text;
+    }
+    return all;
+}
+
 template <typename Driver>
 class EngineTestOf : public DriverTest<Driver> {
   protected:
