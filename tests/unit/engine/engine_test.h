@@ -172,6 +172,13 @@ class EngineTestOf : public DriverTest<Driver> {
     std::string Traced() const { return this->world.Traced(); }
     Lines Steps() const { return this->world.Steps(); }
 
+    // What was traced from the first place of the text on.
+    std::string TracedFrom(const std::string& text) const {
+        const std::string all = Traced();
+        const std::size_t at = all.find(text);
+        return at == std::string::npos ? "(not traced)" : all.substr(at);
+    }
+
     // How often the command was sent.
     long Count(const std::string& command) const {
         const Lines requests = this->world.Requests();

@@ -37,12 +37,6 @@ class SaleStepsTest : public EngineTest {
     int CodeOfSale() {
         return VeskCodeOf([&] { driver.TrySendSale(Bread()); });
     }
-
-    std::string TracedFrom(const std::string& text) const {
-        const std::string all = Traced();
-        const std::size_t at = all.find(text);
-        return at == std::string::npos ? "(not traced)" : all.substr(at);
-    }
 };
 
 class SaleStepsAt301Test : public SaleStepsTest {
