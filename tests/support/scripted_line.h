@@ -68,6 +68,8 @@ class ScriptedLine : public Device {
     void Cut() { cut_ = true; }
     void Heal() { cut_ = false; }
     std::size_t QueuedAnswers() const;
+    // Forgets the queued answers; the standing ones stay.
+    void Drop() { queued_.clear(); }
 
     long Write(const unsigned char* bytes, std::size_t count, Micros now) override;
     std::optional<Micros> NextInput(Micros now) override;
