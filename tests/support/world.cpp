@@ -52,6 +52,8 @@ std::vector<std::string> World::Steps() const {
         const std::string& event = log_[i];
         if (event.rfind("write ", 0) == 0) {
             steps.push_back(event.substr(15, event.size() - 18));
+        } else if (event.rfind("note ", 0) == 0) {
+            steps.push_back(event);
         } else if (event.rfind("sleep ", 0) == 0) {
             const std::string next = i + 1 < log_.size() ? log_[i + 1] : "";
             const bool pause =
@@ -198,6 +200,9 @@ int World::Usleep(unsigned us) {
 
 void World::Trace(const std::string& file, const std::string& text) {
     traces_.push_back({file, text});
+    if (on_trace) {
+        on_trace(text);
+    }
     if (tracing_fails) {
         throw std::runtime_error("no room for a trace");
     }
