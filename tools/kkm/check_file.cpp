@@ -4,8 +4,8 @@
 #include <cerrno>
 #include <climits>
 #include <fstream>
-#include <iterator>
 #include <nlohmann/json.hpp>
+#include <regex>
 #include <set>
 #include <sstream>
 #include <system_error>
@@ -25,24 +25,13 @@ std::string Join(const std::string& place, const std::string& field) {
     return place.empty() ? field : place + ", " + field;
 }
 
-// "file line 3, column 8" of the byte that the parser stopped at, counted from 1.
-std::string Position(const std::string& text, std::size_t byte) {
-    const auto end = text.begin() + static_cast<std::ptrdiff_t>(std::min(byte, text.size() + 1) -
-                                                                (byte > 0 ? 1 : 0));
-    const auto line = 1 + std::count(text.begin(), end, '\n');
-    const auto line_begin = std::find(std::make_reverse_iterator(end), text.rend(), '\n').base();
-    return "file line " + std::to_string(line) + ", column " + std::to_string(end - line_begin + 1);
-}
-
-// The parser's own words behind their bracketed number and position.
-std::string Words(const std::exception& e) {
+// The parser's words without its own prefix: "file line 3, column 8: ..." where it has a place.
+std::string Words(const Json::exception& e) {
+    static const std::regex prefix(R"(^\[[^\]]*\] (parse error at (?=line))?)");
     const std::string what = e.what();
-    const auto at = what.find("; ");
-    const auto colon = what.find(": ");
-    if (at != std::string::npos) {
-        return what.substr(at + 2);
-    }
-    return colon == std::string::npos ? what : what.substr(colon + 2);
+    std::smatch found;
+    const bool has_place = std::regex_search(what, found, prefix) && found[1].matched;
+    return (has_place ? "file " : "") + found.suffix().str();
 }
 
 // Remembers the field names of each open object: a name given twice would silently win.
@@ -69,8 +58,6 @@ class DoubledFields {
 Json ParseJson(const std::string& text) {
     try {
         return Json::parse(text, DoubledFields());
-    } catch (const Json::parse_error& e) {
-        Refuse(Position(text, e.byte), Words(e));
     } catch (const Json::exception& e) {
         Refuse("", Words(e));
     }
@@ -168,8 +155,8 @@ CheckMode Mode(const Json& value) {
 std::string ReadAll(std::istream& from) {
     std::ostringstream text;
     text << from.rdbuf();
-    if (from.bad() || text.bad()) {
-        Refuse("", "cannot be read");
+    if (text.fail()) {
+        Refuse("", "is empty or cannot be read");
     }
     return text.str();
 }

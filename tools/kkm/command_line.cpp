@@ -65,13 +65,15 @@ void Describe(CLI::App& app, CommandLine& line) {
     app.require_subcommand(1);
     app.fallthrough();
 
-    auto* const address = app.add_option_group("Register");
-    address->add_option("--device", line.address.device, "Serial device of the register")
-        ->type_name("PATH");
-    address->add_option("--port", line.address.port, "The same by number: 1 for /dev/ttyS0")
-        ->type_name("N")
-        ->check(CLI::Range(1, 255));
-    address->require_option(1);
+    auto* const device =
+        app.add_option("--device", line.address.device, "Serial device of the register")
+            ->type_name("PATH");
+    auto* const port =
+        app.add_option("--port", line.address.port, "The same by number: 1 for /dev/ttyS0")
+            ->type_name("N")
+            ->check(CLI::Range(1, 255))
+            ->excludes(device);
+    device->excludes(port);
 
     line.check = app.add_subcommand("check", "Print a check");
     line.check->add_option("FILE", line.check_path, "The check, or - for standard input")
@@ -109,10 +111,17 @@ ExitStatus Run(int argc, const char* const* argv, Streams& streams) {
     try {
         Describe(app, line);
         app.parse(argc, argv);
+        if (line.address.device.empty() && line.address.port == 0) {
+            throw CLI::RequiredError("--device or --port");
+        }
         return Execute(line, streams);
     } catch (const CLI::ParseError& e) {
-        const int code = app.exit(e, streams.out, streams.err);
-        return code == 0 ? ExitStatus::done : ExitStatus::usage;
+        if (e.get_exit_code() == 0) {  // help or the version was asked for
+            app.exit(e, streams.out, streams.err);
+            return ExitStatus::done;
+        }
+        streams.err << "kkm: " << e.what() << " (kkm --help tells more)" << std::endl;
+        return ExitStatus::usage;
     } catch (const std::exception& e) {
         streams.err << "kkm: " << e.what() << std::endl;
         return ExitStatus::failed;

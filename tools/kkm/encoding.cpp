@@ -27,10 +27,9 @@ class Converter {
 
     // Converts as far as it can; the letter that stops it stands at the new `from`.
     void Convert(char*& from, std::size_t& left, std::string& to) {
-        char* out = to.data() + to.size();
         std::size_t room = left;  // one byte for a letter of one byte or more
         to.resize(to.size() + room);
-        out = to.data() + to.size() - room;
+        char* out = to.data() + to.size() - room;
         const bool stopped =
             iconv(handle_, &from, &left, &out, &room) == static_cast<std::size_t>(-1);
         to.resize(to.size() - room);
@@ -70,11 +69,6 @@ RegisterText ToRegisterText(const std::string& utf8) {
         left -= length;
     }
     return text;
-}
-
-std::size_t LetterCount(const std::string& utf8) {
-    return static_cast<std::size_t>(
-        std::count_if(utf8.begin(), utf8.end(), [](char c) { return !IsContinuation(c); }));
 }
 
 }  // namespace kkm

@@ -16,7 +16,4 @@ struct RegisterText {
 // converter.
 RegisterText ToRegisterText(const std::string& utf8);
 
-// The number of letters, as a reader counts them.
-std::size_t LetterCount(const std::string& utf8);
-
 }  // namespace kkm

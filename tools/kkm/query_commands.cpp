@@ -1,7 +1,5 @@
 #include "kkm/query_commands.h"
 
-#include <optional>
-
 #include "VeskTarvoM5/VeskTarvoM5.h"
 #include "kkm/figures.h"
 #include "kkm/progress.h"
