@@ -67,3 +67,11 @@ formatter() {
   done
   return 1
 }
+
+# 32-bit or 64-bit, from the fifth byte of a program or library.
+word_size() {
+  case $(od -An -tu1 -j4 -N1 "$1" | tr -d ' ') in
+    1) echo 32-bit ;;
+    *) echo 64-bit ;;
+  esac
+}

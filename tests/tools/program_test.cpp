@@ -11,6 +11,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <regex>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -125,6 +126,18 @@ TEST_F(ProgramTest, ExampleCheckComesOutOnThePaper) {
         EXPECT_THAT(paper, HasSubstr(text));
     }
     EXPECT_THAT(File("VeskTarvoM5.log"), StartsWith("Connect -  Linux 1.0.0.0 (win 1.2.13.1)\n"));
+}
+
+TEST_F(ProgramTest, ReadmeShowsThatPaper) {
+    const RegisterProcess kassa({"--quiet", "--cashier", "auto", "--paper", PaperOption()});
+    EXPECT_EQ(Kkm(kassa, "check " PROJECT_FOLDER "/examples/check.json"), 0);
+    std::ostringstream readme;
+    readme << std::ifstream(PROJECT_FOLDER "/README.md").rdbuf();
+    // The time of printing is the one thing that differs.
+    const std::regex time("ЧЕК 1 [^\n]*");
+    const std::string paper = std::regex_replace(File("paper"), time, "ЧЕК 1");
+    EXPECT_THAT(std::regex_replace(readme.str(), time, "ЧЕК 1"),
+                HasSubstr("```text\n" + paper + "```\n"));
 }
 
 TEST_F(ProgramTest, StatusIsWhatTheRegisterHolds) {
