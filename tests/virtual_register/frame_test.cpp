@@ -61,16 +61,19 @@ TEST(FrameParser, TakesThePayload) {
 }
 
 TEST(FrameParser, FindsTwoRequestsOneAfterTheOther) {
-    const auto found =
-        parse({0x00, 0x03, 0x00, 0x34, 0x34, 0x00, 0x03, 0x00, 0x20, 0x20});
+    const auto found = parse({0x00, 0x03, 0x00, 0x34, 0x34, 0x00, 0x03, 0x00, 0x20, 0x20});
     ASSERT_EQ(2u, found.size());
     EXPECT_EQ(0x20, found[1].command);
 }
 
 TEST(FrameParser, FindsARequestAfterGarbage) {
-    for (const std::vector<int>& garbage :
-         {std::vector<int>{0xFF}, {0x00}, {0x00, 0x00}, {0x00, 0x02}, {0x31, 0x32, 0x33},
-          {0x00, 0x03, 0x01, 0x34, 0x36}, {0x00, 0x03, 0x00}}) {
+    for (const std::vector<int>& garbage : {std::vector<int>{0xFF},
+                                            {0x00},
+                                            {0x00, 0x00},
+                                            {0x00, 0x02},
+                                            {0x31, 0x32, 0x33},
+                                            {0x00, 0x03, 0x01, 0x34, 0x36},
+                                            {0x00, 0x03, 0x00}}) {
         std::vector<int> bytes = garbage;
         bytes.insert(bytes.end(), {0x00, 0x03, 0x00, 0x20, 0x20});
         const auto found = parse(bytes);

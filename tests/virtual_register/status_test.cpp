@@ -62,8 +62,8 @@ TEST(Status, AskingByBarcodeTellsIt) {
 TEST(Status, LineAddedTellsTheLine) {
     Bench bench;
     bench.send(0x21, Bench::sale("Milk", {1, 9, 9, 9}, 3));
-    EXPECT_EQ((Reply{0xA2, 0, 1, 0, 0, 0, 2, 0, 0, 0, 1, 0, 0, 3, 0, 0x00, 0x07, 0xCF, 'M', 'i',
-                     'l', 'k'}),
+    EXPECT_EQ((Reply{0xA2, 0, 1, 0, 0,    0,    2,    0,   0,   0,   1,
+                     0,    0, 3, 0, 0x00, 0x07, 0xCF, 'M', 'i', 'l', 'k'}),
               bench.status());
 }
 
@@ -78,8 +78,8 @@ TEST(Status, OnePieceIsToldAsOneAndTheSecondLineAsIndexOne) {
 TEST(Status, TypedLineIsToldLikeAnyOther) {
     Bench bench;
     EXPECT_TRUE(bench.model.enter_line(cheese()));
-    EXPECT_EQ((Reply{0xA2, 0, 1, 0, 0, 0, 4, 0, 0, 1, 2, 1, 0x01, 0x59, 0, 0x00, 0xD6, 0xCE, 'C',
-                     'h', 'e', 'e', 's', 'e'}),
+    EXPECT_EQ((Reply{0xA2, 0,    1, 0,    0,    0,    4,   0,   0,   1,   2,   1,
+                     0x01, 0x59, 0, 0x00, 0xD6, 0xCE, 'C', 'h', 'e', 'e', 's', 'e'}),
               bench.status());
 }
 
@@ -88,8 +88,8 @@ TEST(Status, DeletedLineTellsItsNumberFromOne) {
     bench.sell();
     bench.sell();
     EXPECT_TRUE(bench.model.delete_last_line());
-    EXPECT_EQ((Reply{0xC4, 0, 1, 0, 0, 2, 2, 0, 0, 0, 1, 0, 0, 3, 0, 0x00, 0x07, 0xCF, 'M', 'i',
-                     'l', 'k'}),
+    EXPECT_EQ((Reply{0xC4, 0, 1, 0, 0,    2,    2,    0,   0,   0,   1,
+                     0,    0, 3, 0, 0x00, 0x07, 0xCF, 'M', 'i', 'l', 'k'}),
               bench.status());
     EXPECT_EQ(1, bench.model.memory().sale_number());
 }
@@ -105,9 +105,9 @@ TEST(Status, ClearedCheckTellsHowManyLinesItHad) {
 TEST(Status, FreePriceLineIsToldBeforeItIsInTheCheck) {
     Bench bench;
     EXPECT_TRUE(bench.model.enter_free_line(cheese()));
-    EXPECT_EQ((Reply{0xC6, 0, 1, 0, 0, 0, 0, 4, 0, 0, 1, 0x01, 0x59, 0x00, 0xD6, 0xCE, 0x00, 0x4A,
-                     0x1C}),
-              bench.status());
+    EXPECT_EQ(
+        (Reply{0xC6, 0, 1, 0, 0, 0, 0, 4, 0, 0, 1, 0x01, 0x59, 0x00, 0xD6, 0xCE, 0x00, 0x4A, 0x1C}),
+        bench.status());
     EXPECT_EQ(0, bench.model.memory().sale_number());
 }
 
@@ -125,8 +125,8 @@ TEST(Status, CheckOutTellsADiscountWithSignZero) {
     bench.reset();
     bench.send(0x25, {6});
     bench.reset();
-    EXPECT_EQ((Reply{0xC8, 0, 1, 0, 0, 1, 6, 0, 0, 0x00, 0x00, 0x15, 0x15, 0, 10, 0, 0x00, 0x00,
-                     0x02, 0x58}),
+    EXPECT_EQ((Reply{0xC8, 0,    1,    0, 0,  1, 6,    0,    0,    0x00,
+                     0x00, 0x15, 0x15, 0, 10, 0, 0x00, 0x00, 0x02, 0x58}),
               bench.status());
 }
 
@@ -137,8 +137,8 @@ TEST(Status, CheckOutTellsASurchargeWithSignOne) {
     bench.reset();
     bench.send(0x25, {6});
     bench.reset();
-    EXPECT_EQ((Reply{0xC8, 0, 1, 0, 0, 1, 6, 0, 0, 0x00, 0x00, 0x19, 0xC5, 1, 10, 0, 0x00, 0x00,
-                     0x02, 0x58}),
+    EXPECT_EQ((Reply{0xC8, 0,    1,    0, 0,  1, 6,    0,    0,    0x00,
+                     0x00, 0x19, 0xC5, 1, 10, 0, 0x00, 0x00, 0x02, 0x58}),
               bench.status());
 }
 
