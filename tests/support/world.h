@@ -73,6 +73,7 @@ class World {
     // {"7F", "sleep 50", "29 20"}.
     std::vector<std::string> Steps() const;
     void ClearLog() { log_.clear(); }
+    // Off: nothing is recorded, neither calls nor traces nor details, for runs that count speed.
     void SetLogging(bool on) { logging_ = on; }
 
     // What was traced; nothing is written to disk unless asked for.
