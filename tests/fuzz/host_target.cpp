@@ -116,7 +116,9 @@ void CallAddSale(Input& input) {
 void CallAddGoodSale(Input& input) {
     char name[80] = "goods";
     std::memset(name, 'x', input.Choice(sizeof name));
-    JudgeFlag(cbAddSale(name, 1 + input.Byte(), 1 + input.Byte() * 0.25, 1));
+    const double price = 1 + input.Byte();
+    const double quantity = 1 + input.Byte() * 0.25;
+    JudgeFlag(cbAddSale(name, price, quantity, 1));
 }
 
 void CallGetSale(Input& input) {
@@ -300,7 +302,6 @@ void RunProgram(Input& input) {
     line.Register().SetErrorNumber(input.Byte());
     // Connecting by hand is left to the calls; most programs start so.
     if (input.Flag()) {
-        kvesk.setVersion(kkm_ver_303);
         JudgeFlag(ConnectKKM(1));
     }
     for (int i = 0; i < kMostCalls && !input.Exhausted(); ++i) {

@@ -3,8 +3,10 @@
 //
 //   replay [--random N] [--must-find] [FILE or FOLDER]...
 //
-// An input that violates something is written to fuzz_finding.bin in the working folder. With
-// --must-find the target bears a planted fault: the run is good when it is found, bad when not.
+// An input that violates something is written to NAME.finding in the working folder, NAME being
+// that of this program. With --must-find the target bears a planted fault: the run is good when it
+// is found, bad when not.
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -17,29 +19,37 @@
 
 #include "fuzz/input.h"
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+extern "C" {
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+// Of the sanitizers' runtime, where there is one: what to do before they end the process.
+__attribute__((weak)) void __sanitizer_set_death_callback(void (*callback)());
+}
 
 namespace {
 
-constexpr auto kFindingFile = "fuzz_finding.bin";
 constexpr unsigned kSeed = 20240229;
 
 bool must_find = false;
+std::string finding_file;
 Bytes current;
 std::size_t runs = 0;
 
-// The process is lost anyway: an unsafe call in the handler can make it no worse.
-void OnCrash(int signal) {
+// The process is lost anyway: an unsafe call in a handler can make it no worse.
+void KeepFinding() {
     if (must_find) {
         std::printf("the planted fault was found by input %zu\n", runs);
         std::fflush(stdout);
         std::_Exit(EXIT_SUCCESS);
     }
-    if (std::FILE* file = std::fopen(kFindingFile, "wb")) {
+    if (std::FILE* file = std::fopen(finding_file.c_str(), "wb")) {
         std::fwrite(current.data(), 1, current.size(), file);
         std::fclose(file);
     }
-    std::fprintf(stderr, "input %zu crashed; it is kept in %s\n", runs, kFindingFile);
+    std::fprintf(stderr, "input %zu crashed; it is kept in %s\n", runs, finding_file.c_str());
+}
+
+void OnCrash(int signal) {
+    KeepFinding();
     std::signal(signal, SIG_DFL);
     std::raise(signal);
 }
@@ -92,6 +102,7 @@ void RunRandom(unsigned long count) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    finding_file = std::filesystem::path(argv[0]).filename().string() + ".finding";
     unsigned long random_count = 0;
     std::vector<std::string> paths;
     for (int i = 1; i < argc; ++i) {
@@ -105,6 +116,9 @@ int main(int argc, char** argv) {
     }
     for (const int signal : {SIGABRT, SIGSEGV, SIGFPE, SIGILL, SIGBUS}) {
         std::signal(signal, OnCrash);
+    }
+    if (__sanitizer_set_death_callback != nullptr) {
+        __sanitizer_set_death_callback(KeepFinding);
     }
     for (const std::string& path : paths) {
         if (RunPath(path) == 0) {
