@@ -83,6 +83,7 @@ void ChooseCallbacks(Input& input) {
 void JudgeError() {
     Require(IsCodeOfTable(GetErrorCode()), "the last error is a code of the table");
     Require(GetErrorMsg() == nullptr, "errors have no texts");
+    Note(GetErrorCode());
 }
 
 void JudgeFlag(int result) {
@@ -97,6 +98,7 @@ void Ask(Input& input, Query query) {
     JudgeFlag(result);
     Require(result == 1 || to.Untouched(), "an output is written on success only");
     Require(!to.IsNull() || GetErrorCode() == 12, "a null pointer is refused");
+    Note(to.Get());
 }
 
 // --- the calls
@@ -192,7 +194,7 @@ void CallConnectDevice(Input& input) {
 void CallGetters(Input& /*input*/) {
     const int before = GetErrorCode();
     Require(std::equal_to<>()(cbGetCash(), 0.0), "cash is never told");
-    cbGetSum();
+    Note(cbGetSum());
     Require(cbGetDiscountValue() >= -99 && cbGetDiscountValue() <= 99, "a discount has a range");
     Require(cbGetReturnMode() + cbGetCreditMode() <= 1, "a check is a return or a credit");
     Require(CheckPrintPrepare() == (before == 0 ? 1 : 0), "the preparation tells the last error");

@@ -42,6 +42,8 @@ void HostileLine::JudgeRequest(const unsigned char* bytes, std::size_t count) co
 
 long HostileLine::Write(const unsigned char* bytes, std::size_t count, test::Micros now) {
     JudgeRequest(bytes, count);
+    NoteBytes(bytes, count);
+    Note(static_cast<double>(now));
     flushed_ = false;
     delivered_ = 0;
     last_at_ = now;

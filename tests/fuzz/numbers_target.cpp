@@ -17,6 +17,8 @@ void Split(double x) {
         Require(!(together < x) && !(together > x), "the parts make the whole");
     }
     const std::int64_t kopecks = ToKopecks(x);
+    Note(static_cast<double>(kopecks));
+    Note(parts.fraction);
     if (std::fabs(x) < 1e13) {
         Require(std::fabs(static_cast<double>(kopecks) - x * 100) <= 1, "kopecks are hundredths");
     }
@@ -30,6 +32,8 @@ void Round(double x) {
         Require(std::fabs(rounded - x) < 1 && rounded >= x, "a negative number is cut");
     }
     const int discount = RoundDiscount(x);
+    Note(rounded);
+    Note(discount);
     if (std::fabs(x) < 2147483647.0) {
         Require(std::fabs(discount - x) <= 0.5, "a discount is rounded on either side of zero");
     }
@@ -59,6 +63,7 @@ void Sum(Input& input) {
         check.sales.push_back(line);
     }
     const double sum = check.sum();
+    Note(sum);
     Require(std::isfinite(sum), "a sum is a number");
     Require(std::equal_to<>()(sum, std::trunc(sum)), "a sum is whole kopecks");
 }

@@ -19,6 +19,8 @@ bool Same(double a, double b) {
 
 void TapeRecord(const Bytes& answer) {
     const KLSale record = DecodeKLSale(answer);
+    Note(record.sum);
+    Note(record.quantity);
     Require(Within(record.sum, 0, 42949672.96), "a sum has 32 bits of hundredths");
     for (const double amount : {record.amount2, record.amount3, record.amount4}) {
         Require(Within(amount, 0, 167772.16), "an amount has 24 bits of hundredths");
@@ -82,6 +84,7 @@ void SaleBlock(Input& input) {
     line.code = static_cast<std::uint16_t>(input.Word32());
     line.quantity = input.Double();
     const Bytes block = MakeSaleBlock(line);
+    NoteBytes(block.data(), block.size());
     Require(block.size() == 41, "a sale line has 41 bytes");
     Require(Digits(block, 28, 7) == line.price % 10000000, "the last seven digits are sent");
     Require(block[35] == line.department && block[36] == (line.weighted ? 1 : 0),

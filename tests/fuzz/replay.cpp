@@ -17,7 +17,8 @@
 #include <string>
 #include <vector>
 
-#include "fuzz/input.h"
+#include "fuzz/oracle.h"
+#include "support/payload.h"
 
 extern "C" {
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
@@ -127,6 +128,7 @@ int main(int argc, char** argv) {
         }
     }
     RunRandom(random_count);
-    std::printf("%zu inputs\n", runs);
+    std::printf("%zu inputs, digest %016llx\n", runs,
+                static_cast<unsigned long long>(fuzz::digest));
     return must_find ? EXIT_FAILURE : EXIT_SUCCESS;
 }

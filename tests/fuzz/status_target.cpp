@@ -55,6 +55,8 @@ void DecodeOne(int code, const Bytes& bytes) {
     const packet answer{static_cast<kkm_command>(code), bytes};
     status_info status = Unset();
     DecodeStatus(answer, status);
+    Note(status.quantity);
+    Note(status.sum);
     Require(status.command == code, "the state is the answer code");
     Require(status.text.size() <= bytes.size(), "a text comes out of the answer");
     Require(
