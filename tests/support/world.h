@@ -76,6 +76,7 @@ class World {
     // An event of the test's own in the log.
     void Note(const std::string& text) { Record("note " + text); }
     void ClearLog() { log_.clear(); }
+    // Off: nothing is recorded, neither calls nor traces nor details, for runs that count speed.
     void SetLogging(bool on) { logging_ = on; }
 
     // What was traced; nothing is written to disk unless asked for.
