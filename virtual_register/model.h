@@ -159,10 +159,17 @@ class Model {
     bool execute(Command command, const RequestPayload& payload, AnswerPayload& answer);
     bool execute_check(Command command, const RequestPayload& payload, AnswerPayload& answer);
     bool execute_service(Command command, const RequestPayload& payload, AnswerPayload& answer);
+    bool execute_setting(Command command, const RequestPayload& payload);
+    bool execute_output(Command command, const RequestPayload& payload);
     std::optional<std::uint8_t> take_refusal(Command command);
 
     Answer status();
     Answer status_of(State state) const;
+    void add_query_status(AnswerPayload& to) const;
+    void add_document(AnswerPayload& to) const;
+    void add_free_sale_status(AnswerPayload& to) const;
+    void add_discount_status(AnswerPayload& to) const;
+    void add_card_status(AnswerPayload& to) const;
     void add_line_status(const SaleLine& line, std::uint8_t sale, AnswerPayload& to) const;
     void add_check_out_status(AnswerPayload& to) const;
     void set_state(State state);

@@ -62,6 +62,9 @@ void RegisterProcess::Say(const std::string& line) {
     if (write(to_, typed.data(), typed.size()) != static_cast<ssize_t>(typed.size())) {
         throw std::runtime_error("the register does not listen to: " + line);
     }
+    // It answers what was typed together before it writes files; the second answer comes behind
+    // that.
+    Status();
     Status();
 }
 

@@ -20,7 +20,7 @@ class RegisterProcess {
 
     const std::string& Tty() const { return tty_; }
 
-    // What the cashier types. When it returns the register has obeyed.
+    // What the cashier types. When it returns the register has obeyed, and its files tell so.
     void Say(const std::string& line);
     // The register's own report of what it holds, as text.
     std::string Status();

@@ -331,10 +331,22 @@ TEST_F(TarvoRegister, WithPaceBytesTakeTheirTime) {
 }
 
 TEST_F(TarvoRegister, OtherOptionsReachTheRegister) {
-    Program program({"--net", "9", "--section", "4", "--drawer", "258"});
+    Program program(
+        {"--net", "9", "--section", "4", "--drawer", "258", "--tax", "16=20", "--tax", "0=7"});
     const Host host(program.tty());
     EXPECT_EQ((std::vector<int>{0xCB, 0, 1, 0, 0, 3}), host.ask(0x20));
     EXPECT_EQ((std::vector<int>{0x8A, 0, 1, 0, 0, 0, 0, 0, 0, 0, 1, 2}), host.ask(0x0A));
+    EXPECT_EQ((std::vector<int>{0x82, 20}), host.ask(0x02, {0x04, 0xE2, 1}));
+    EXPECT_EQ((std::vector<int>{0x82, 7}), host.ask(0x02, {0x02, 0xA2, 1}));
+}
+
+TEST_F(TarvoRegister, TaxesThatAreNoneAreRefused) {
+    for (const char* tax : {"17=1", "1=256", "1", "1=2x", "=5"}) {
+        Program program({"--tax", tax});
+        EXPECT_EQ(std::string("--tax: ") + tax + " is not N=BYTE with N from 0 to 16",
+                  program.error_line());
+        EXPECT_NE(0, program.status());
+    }
 }
 
 }  // namespace

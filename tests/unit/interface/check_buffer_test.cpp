@@ -404,6 +404,15 @@ TEST_F(CheckBufferTest, KeepsTheCreditModeThroughAZero) {
     EXPECT_EQ(cbGetCreditMode(), 1);
 }
 
+TEST_F(CheckBufferTest, ZeroTurnsNoModeOn) {
+    cbSetReturnMode(0);
+    cbSetCreditMode(0);
+    EXPECT_EQ(kvesk.check().mode, 0);
+    cbSetReturnMode(1);
+    cbSetCreditMode(0);
+    EXPECT_EQ(kvesk.check().mode, 1);
+}
+
 TEST_F(CheckBufferTest, ReturnAndCreditReplaceEachOther) {
     cbSetReturnMode(1);
     cbSetCreditMode(1);
