@@ -54,8 +54,8 @@ class Checker {
     std::optional<Verdict> Judge(const CallFacts& facts, std::string& why) const;
     Disturbances Look(std::uint32_t first_exchange) const;
     // Why the printed check is not the one that the host gave; empty when it is.
-    std::string Difference(std::size_t printed, std::optional<Verdict>& window,
-                           const Disturbances& disturbances) const;
+    std::string Differs(std::size_t printed, std::optional<Verdict>& window,
+                        const Disturbances& disturbances) const;
     bool CountersGotThrough(std::uint32_t behind_exchange) const;
 
     const Journal& journal_;

@@ -225,6 +225,20 @@ Reply Conversation::Exchange(std::uint8_t command, const Payload& payload, unsig
     return Receive();
 }
 
+bool Conversation::TimeIsUp(Micros since, unsigned ms, std::uint8_t next_command) {
+    const Micros passed = now_ - since;
+    const Micros limit = Micros{ms} * 1000;
+    if (passed + kPollSlackUs < limit || passed > limit + kPollSlackUs) {
+        return passed > limit;
+    }
+    const auto& events = journal_.events();
+    std::size_t i = next_;
+    while (i < events.size() && events[i].kind != EventKind::write) {
+        ++i;
+    }
+    return i == events.size() || journal_.bytes(events[i].bytes_at)[3] != next_command;
+}
+
 void Conversation::Failure() {
     SkipOthers();
     if (!in_failure_) {

@@ -68,6 +68,9 @@ class Conversation {
     // The driver reached the clean-up of a failed check.
     void Failure();
     Micros Now() const { return now_; }
+    // True when so many milliseconds have passed since then. The driver counts whole milliseconds
+    // of its clock, so within one of them both is right, and what it did next decides.
+    bool TimeIsUp(Micros since, unsigned ms, std::uint8_t next_command);
 
   private:
     const Event& Next(EventKind kind, const char* what);
