@@ -83,6 +83,10 @@ class Memory {
     const std::array<std::uint8_t, kEepromSize>& eeprom() const { return eeprom_; }
     void put_ram(std::size_t address, std::uint8_t value) { ram_.at(address) = value; }
     void put_eeprom(std::size_t address, std::uint8_t value) { eeprom_.at(address) = value; }
+    void clear_images() {
+        ram_.fill(0);
+        eeprom_.fill(0);
+    }
 
     // Counters as the statistics answer gives them.
     std::uint16_t tape_number = 1;

@@ -106,7 +106,7 @@ bool Model::enter_discount(int percent) {
 }
 
 bool Model::ask_weight() {
-    if (!keyboard_free()) {
+    if (!keyboard_free() || memory_.check.stage == OpenCheck::Stage::closed) {
         return false;
     }
     weight_ = {0, 0, 0, 0, 0, 0};
@@ -130,7 +130,7 @@ bool Model::close_shift() {
     receipt_.clear();
     compose_shift_report(memory_, clock_s(), receipt_);
     if (!paper_.print(receipt_)) {
-        memory_.set_last_error(kPaperOutError);
+        note_paper_out();
         return false;
     }
     memory_.close_shift();

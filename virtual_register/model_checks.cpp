@@ -171,6 +171,7 @@ std::uint8_t Model::take_cash(std::uint32_t kopecks) {
             return kCashBelowTotal;
         }
         check.cash_kopecks = kopecks;
+        ++memory_version_;
     }
     return kTaken;
 }
@@ -232,7 +233,7 @@ void Model::register_check() {
     set_state(State::none);
     if (!paper_.print(receipt_)) {
         open.lines = std::move(check.lines);
-        memory_.set_last_error(kPaperOutError);
+        note_paper_out();
         return;
     }
     book(check);
@@ -270,8 +271,13 @@ void Model::print_copy() {
     if (paper_.print(receipt_)) {
         printed_for_a_while(receipt_.size());
     } else {
-        memory_.set_last_error(kPaperOutError);
+        note_paper_out();
     }
+}
+
+void Model::note_paper_out() {
+    memory_.set_last_error(kPaperOutError);
+    ++memory_version_;
 }
 
 void Model::printed_for_a_while(std::size_t lines) {

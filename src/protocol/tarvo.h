@@ -59,8 +59,8 @@ class CTarvo {
 
     static unsigned char calcKS(const unsigned char* buf, int n);
     static unsigned char calcKSNoSuppleer(const unsigned char* buf, int n);
-    void MakePacket(kkm_command cmd, Bytes& data);
-    void MakePacketNoSuppleer(kkm_command cmd, Bytes& data);
+    void MakePacket(kkm_command cmd, Bytes& data) const;
+    void MakePacketNoSuppleer(kkm_command cmd, Bytes& data) const;
     void SendData(const Bytes& frame);
     // data is left holding the frame.
     void sendPacket(kkm_command cmd, Bytes& data);
@@ -176,6 +176,8 @@ class CTarvo {
     void Judge(const frame::Fault& fault);
     void ReadFrame(packet& pac);
     void ReadPort(void* to, unsigned count);
+    // 16 characters, the value, the mode: what the indicator commands send.
+    static Bytes IndicatorLine(const std::string& text, unsigned char value, kkm_indicator mode);
     void FillFromCounters(status_info& status);
     void ClearCheckByKeys();
     Bytes RamRequest(TRamAddr location, unsigned char count);

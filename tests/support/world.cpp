@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <stdexcept>
 
 namespace test {
 
@@ -48,6 +49,8 @@ std::vector<std::string> World::Steps() const {
         const std::string& event = log_[i];
         if (event.rfind("write ", 0) == 0) {
             steps.push_back(event.substr(15, event.size() - 18));
+        } else if (event.rfind("note ", 0) == 0) {
+            steps.push_back(event);
         } else if (event.rfind("sleep ", 0) == 0) {
             const std::string next = i + 1 < log_.size() ? log_[i + 1] : "";
             const bool pause =
@@ -76,8 +79,10 @@ bool World::OwnsPath(const char* path) const {
 }
 
 int World::Open(const char* path, int flags) {
-    char event[300];
-    std::snprintf(event, sizeof event, "open %s 0x%x", path, static_cast<unsigned>(flags));
+    char event[300] = "";
+    if (logging_) {
+        std::snprintf(event, sizeof event, "open %s 0x%x", path, static_cast<unsigned>(flags));
+    }
     const auto device = devices_.find(path);
     if (device == devices_.end()) {
         Record(std::string(event) + " = error");
@@ -105,13 +110,17 @@ long World::Read(int fd, void* to, std::size_t count) {
         errno = static_cast<int>(-result);
         return -1;
     }
-    Record(result == 0 ? "read = end" : "read " + Hex({*byte}));
+    if (logging_) {
+        Record(result == 0 ? "read = end" : "read " + Hex({*byte}));
+    }
     return result;
 }
 
 long World::Write(int fd, const void* from, std::size_t count) {
     const auto* const bytes = static_cast<const unsigned char*>(from);
-    Record("write " + Hex(Bytes(bytes, bytes + count)));
+    if (logging_) {
+        Record("write " + Hex(Bytes(bytes, bytes + count)));
+    }
     const long result = files_.at(fd)->Write(bytes, count, now_);
     if (result < 0) {
         errno = static_cast<int>(-result);
@@ -131,7 +140,9 @@ std::optional<Interruption> World::TakeInterruption(std::deque<Interruption>& qu
 }
 
 int World::Poll(int fd, short events, int timeout_ms, short* revents) {
-    Record((events == POLLIN ? "wait " : "wait for no input ") + std::to_string(timeout_ms));
+    if (logging_) {
+        Record((events == POLLIN ? "wait " : "wait for no input ") + std::to_string(timeout_ms));
+    }
     const std::optional<Micros> input = files_.at(fd)->NextInput(now_);
     const Micros limit =
         timeout_ms < 0 ? ~Micros{0} - now_ : static_cast<Micros>(timeout_ms) * 1000;
@@ -150,7 +161,9 @@ int World::Poll(int fd, short events, int timeout_ms, short* revents) {
 }
 
 int World::Fcntl(int /*fd*/, int command, long argument) {
-    Record("fcntl " + std::to_string(command) + " " + std::to_string(argument));
+    if (logging_) {
+        Record("fcntl " + std::to_string(command) + " " + std::to_string(argument));
+    }
     return 0;
 }
 
@@ -184,8 +197,13 @@ int World::Flush(int fd, int queue) {
 }
 
 int World::Usleep(unsigned us) {
-    Record(us % 1000 == 0 ? "sleep " + std::to_string(us / 1000)
-                          : "sleep " + std::to_string(us) + " us");
+    if (logging_) {
+        Record(us % 1000 == 0 ? "sleep " + std::to_string(us / 1000)
+                              : "sleep " + std::to_string(us) + " us");
+    }
+    if (on_sleep) {
+        on_sleep();
+    }
     if (const auto interruption = TakeInterruption(sleep_interruptions_, us)) {
         errno = interruption->error;
         return -1;
@@ -195,12 +213,22 @@ int World::Usleep(unsigned us) {
 }
 
 bool World::Trace(const std::string& file, const std::string& text) {
-    traces_.push_back({file, text});
+    if (logging_) {
+        traces_.push_back({file, text});
+    }
+    if (on_trace) {
+        on_trace(text);
+    }
+    if (tracing_fails) {
+        throw std::runtime_error("no room for a trace");
+    }
     return traces_to_disk_;
 }
 
 void World::Detail(int code, const std::string& text) {
-    details_.push_back({code, text});
+    if (logging_) {
+        details_.push_back({code, text});
+    }
 }
 
 std::string Hex(const Bytes& bytes) {
