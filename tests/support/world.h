@@ -71,9 +71,12 @@ class World {
     // The requests alone, each as command and payload in hex: "36 00".
     std::vector<std::string> Requests() const;
     // The requests and every wait that is not one of the two 10 ms pauses of an exchange:
-    // {"7F", "sleep 50", "29 20"}.
+    // {"7F", "sleep 50", "29 20"}. What a test noted stands between them: "note TEXT".
     std::vector<std::string> Steps() const;
+    // An event of the test's own in the log.
+    void Note(const std::string& text) { Record("note " + text); }
     void ClearLog() { log_.clear(); }
+    // Off: nothing is recorded, neither calls nor traces nor details, for runs that count speed.
     void SetLogging(bool on) { logging_ = on; }
 
     // What was traced; nothing is written to disk unless asked for.
@@ -82,6 +85,8 @@ class World {
     std::string Traced(const std::string& file = "VeskTarvoM5.log") const;
     void ClearTraces() { traces_.clear(); }
     void WriteTracesToDisk(bool on) { traces_to_disk_ = on; }
+    // Called with every text that is traced. What it throws, the tracing step throws.
+    std::function<void(const std::string& text)> on_trace;
 
     // The details that protocol errors were raised with, in order. The driver drops them.
     const std::vector<ErrorDetail>& Details() const { return details_; }
