@@ -17,11 +17,17 @@
 /// after 420 ms. "Exchanges" below are counted in these.
 ///
 /// **Texts** go to the register in the host's own bytes; a register prints code page 866.
+///
+/// **C and other languages.** Every function but the support routines is exported twice: under its
+/// C++ name and, for C and for foreign-function interfaces, under its plain name. The two are the
+/// same but for cbSetCash(), which lets no exception out under its plain name.
 #ifndef VESKTARVOM5_H
 #define VESKTARVOM5_H
 
+#ifdef __cplusplus
 #include <string>
 #include <vector>
+#endif
 
 #if defined(__GNUC__)
 #define VESK_API __attribute__((visibility("default")))
@@ -30,7 +36,11 @@
 #endif
 
 /// Codes of the last error.
-enum ErrorVeskTarvo : int {
+enum ErrorVeskTarvo
+#ifdef __cplusplus
+    : int
+#endif
+{
     echOk = 0,            ///< no error
     echNoPort = 1,        ///< the serial port could not be opened
     echDevice = 2,        ///< the register did not answer, answered wrongly, or a step gave up
@@ -50,13 +60,14 @@ enum ErrorVeskTarvo : int {
     echNotSupported = 71  ///< the register has no such operation
 };
 
-class TVesk;
-
 // ---------------------------------------------------------------------------------------------
 // Variables
 
+#ifdef __cplusplus
+class TVesk;
 /// The driver. Created when the library is loaded, destroyed when it is unloaded; opens nothing.
 extern VESK_API TVesk kvesk;
+#endif
 /// Last error, an ::ErrorVeskTarvo value. Read it through GetErrorCode().
 extern VESK_API int errVeskTarvo;
 /// Reserved; the library never writes it.
@@ -70,11 +81,11 @@ extern VESK_API const int err_msg_count;
 /// Exceptions that it throws are dropped. Null means no callback.
 extern VESK_API void (*EventErrorProc)(int code, char* text);
 /// Set by the host: called when the register has asked for the check and the printing starts.
-extern VESK_API void (*EventQuery)();
+extern VESK_API void (*EventQuery)(void);
 /// Set by the host: called with 0 behind EventQuery and with 100 when the check has been closed.
 extern VESK_API void (*EventCheckPrepare)(unsigned char step);
 /// Accepted and never called.
-extern VESK_API void (*EventCloseCheck)();
+extern VESK_API void (*EventCloseCheck)(void);
 /// Storage for the host's module handle; the library never reads it.
 extern VESK_API void* hInstance;
 /// Storage for an identifier of the host's choice; the library never reads it.
@@ -97,11 +108,17 @@ VESK_API int ConnectKKMDevice(char* device);
 /// Brings the register back to its neutral state, switches the host-wait parameter off again and
 /// closes the port. The last error is 0 afterwards whatever happened; EventErrorProc may be called.
 /// Blocks until the register is neutral or does not answer (then 420 ms).
-VESK_API void DisconnectKKM();
+VESK_API void DisconnectKKM(void);
 /// Last error, an ::ErrorVeskTarvo value; not cleared by reading.
-VESK_API int GetErrorCode();
+VESK_API int GetErrorCode(void);
 /// Always null: the library keeps no texts for its codes.
-VESK_API char* GetErrorMsg();
+VESK_API char* GetErrorMsg(void);
+/// Name of a code of ::ErrorVeskTarvo, "echNoPort" for 1; "unknown" for a number that is no code.
+/// Never null. Leaves the last error alone.
+VESK_API const char* KKMErrorName(int code);
+/// A sentence or two on what happened and what to do about it, in English, for every code. Never
+/// null. Leaves the last error alone.
+VESK_API const char* KKMErrorAdvice(int code);
 
 // ---------------------------------------------------------------------------------------------
 // Check buffer. Nothing here touches the register but cbSetCash() and cbClearTitle(), which ask for
@@ -124,48 +141,49 @@ VESK_API int cbDeleteSale(int index);
 /// @param quantity as stored, in single precision
 VESK_API int cbGetSale(int index, char** name, double* price, double* quantity, int* section);
 /// Number of lines. Leaves the last error alone.
-VESK_API int cbGetSalesCount();
+VESK_API int cbGetSalesCount(void);
 /// Empties the buffer: lines, mode, discount and cash.
-VESK_API void cbClearSales();
+VESK_API void cbClearSales(void);
 /// Total in currency units, discount included. Leaves the last error alone.
-VESK_API double cbGetSum();
+VESK_API double cbGetSum(void);
 /// Sets the cash tendered, in currency units, rounded half up to kopecks; 0 on firmware 300.
 /// Always returns 1 and leaves the last error alone. Asks the register for its firmware when it is
-/// not known yet, and is the one function that lets an exception out when that fails.
+/// not known yet, and is the one function that lets an exception out when that fails. Under its
+/// plain name it clears the last error, lets nothing out and returns 0 with ::echDevice.
 VESK_API int cbSetCash(double sum);
 /// Always 0.0: the cash set is for the register only. Leaves the last error alone.
-VESK_API double cbGetCash();
+VESK_API double cbGetCash(void);
 /// Nonzero makes the check a return; 0 changes nothing (cbClearSales() clears the mode).
 VESK_API void cbSetReturnMode(int on);
 /// 1 when the check is a return. Leaves the last error alone.
-VESK_API int cbGetReturnMode();
+VESK_API int cbGetReturnMode(void);
 /// Nonzero makes the check a credit; 0 changes nothing. A check is a return or a credit, not both.
 VESK_API void cbSetCreditMode(int on);
 /// 1 when the check is a credit. Leaves the last error alone.
-VESK_API int cbGetCreditMode();
+VESK_API int cbGetCreditMode(void);
 /// Sets the discount (negative) or surcharge (positive) in per cent, -99 to 99. Any other value
 /// sets it to 0 and gives ::echDiscount.
 VESK_API int cbSetDiscountValue(int value);
 /// Discount in per cent. Leaves the last error alone.
-VESK_API int cbGetDiscountValue();
+VESK_API int cbGetDiscountValue(void);
 /// Above 0: the buffer is emptied after a printed check (the default); else it is kept.
 VESK_API void cbSetClearBufMode(int mode);
 /// 1 when the buffer is emptied after a printed check.
-VESK_API int cbGetClearBufMode();
+VESK_API int cbGetClearBufMode(void);
 /// Asks for the firmware when it is not known yet; changes nothing on the register.
-VESK_API int cbClearTitle();
+VESK_API int cbClearTitle(void);
 /// Always 0 with ::echNotSupported.
-VESK_API int cbClearBottom();
+VESK_API int cbClearBottom(void);
 
 // ---------------------------------------------------------------------------------------------
 // Printing a check
 
 /// No action: 1 when the last error is 0, else 0. Leaves the last error alone.
-VESK_API int CheckPrintPrepare();
+VESK_API int CheckPrintPrepare(void);
 /// Prepares the register for the check in the buffer. A check left open at the register is
 /// cancelled. ::echRegKass when the register cannot take one, ::echDevice when it does not answer.
 /// Blocks for about 10 exchanges; with a silent register up to 20 retries of 420 ms.
-VESK_API int CheckClose();
+VESK_API int CheckClose(void);
 /// Waits until the register asks for the check, then prints it. 1 when the register's own counters
 /// prove that the check was printed; 0 with ::echPaperAbsent (the check stays open at the
 /// register),
@@ -173,11 +191,11 @@ VESK_API int CheckClose();
 /// check was cancelled at the register). Blocks without bound while the register does not ask or
 /// does not answer. A check of n lines takes 3 s + n * 0.5 s of printing time besides its
 /// exchanges.
-VESK_API int PrintCheck();
+VESK_API int PrintCheck(void);
 /// Reads the register's state and resets it. 2 exchanges, up to 3 more while it waits for a sale.
-VESK_API int CheckCancel();
+VESK_API int CheckCancel(void);
 /// Always 1.
-VESK_API int GetDiscountMode();
+VESK_API int GetDiscountMode(void);
 
 // ---------------------------------------------------------------------------------------------
 // Counters and settings of the register. Each asks for the firmware when it is not known yet; a
@@ -220,13 +238,15 @@ VESK_API int Feed(int n);
 /// Prints a line of 16 characters; a longer text is cut. One exchange and 100 ms.
 VESK_API int KKMPrintStr(char* text);
 /// Locks the register's keyboard and shows an empty line on its customer display.
-VESK_API int Lock();
+VESK_API int Lock(void);
 /// Unlocks the keyboard.
-VESK_API int UnLock();
+VESK_API int UnLock(void);
 /// Clears the customer display. One exchange and 100 ms.
-VESK_API int ClearIndicator();
+VESK_API int ClearIndicator(void);
 /// Stores a supplier code in the driver; nothing is sent.
 VESK_API void SetSupplierCode(char* code);
+
+#ifdef __cplusplus
 
 // ---------------------------------------------------------------------------------------------
 // Support routines
@@ -236,11 +256,11 @@ VESK_API void CharToOem(char* src, char* dst);
 /// No conversion and no copy: dst is left alone.
 VESK_API void OemToChar(char* src, char* dst);
 /// Always 0 on this platform.
-VESK_API unsigned long GetTickCount();
+VESK_API unsigned long GetTickCount(void);
 /// Suspends the calling thread for ms milliseconds.
 VESK_API void Sleep(unsigned ms);
 /// Always empty on this platform.
-VESK_API std::string GetLastErrorMsg();
+VESK_API std::string GetLastErrorMsg(void);
 /// Decimal digits of n as byte values 0 to 9, most significant first; 0 has none.
 VESK_API std::vector<unsigned char> ULtoHex(unsigned long n);
 /// Exported as round(double), under another name here because of the C library's function. Half up
@@ -250,5 +270,7 @@ VESK_API int RoundHalfUp(double x) __asm__("_Z5roundd");
 VESK_API void DbgTrace(const char* format, ...);
 /// Always an empty text.
 VESK_API const char* zetdGetErrorMsg(int code);
+
+#endif  // __cplusplus
 
 #endif

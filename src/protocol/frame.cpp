@@ -1,8 +1,27 @@
 #include "protocol/frame.h"
 
+#include <algorithm>
+
 #include "protocol/tarvo_error.h"
 
 namespace frame {
+
+Bytes NewPayload(std::size_t size) {
+    Bytes payload;
+    payload.reserve(kHeadSize + kMinLength + size);
+    payload.resize(size);
+    return payload;
+}
+
+Bytes NewPayload(std::initializer_list<unsigned char> bytes) {
+    Bytes payload = NewPayload(bytes.size());
+    std::copy(bytes.begin(), bytes.end(), payload.begin());
+    return payload;
+}
+
+Bytes NewWordPayload(std::uint16_t word) {
+    return NewPayload({static_cast<unsigned char>(word >> 8U), static_cast<unsigned char>(word)});
+}
 
 unsigned char Sum(const unsigned char* bytes, int count) {
     unsigned sum = 0;
@@ -15,6 +34,7 @@ unsigned char Sum(const unsigned char* bytes, int count) {
 void Build(kkm_command command, unsigned char net_num, Bytes& data, unsigned sum_length_mask) {
     const unsigned char header[] = {0x00, static_cast<unsigned char>(data.size() + kMinLength),
                                     net_num, static_cast<unsigned char>(command)};
+    data.reserve(data.size() + kHeadSize + kMinLength);
     data.insert(data.begin(), header, header + sizeof header);
     const auto summed = static_cast<int>((data.size() - 2) & sum_length_mask);
     data.push_back(Sum(data.data() + 2, summed));
@@ -33,11 +53,11 @@ Fault CheckHead(unsigned char start, unsigned char length) {
     return {0, nullptr};
 }
 
-Fault CheckBody(const Bytes& body, unsigned char net_num) {
-    if (Sum(body.data(), static_cast<int>(body.size()) - 1) != body.back()) {
+Fault CheckBody(const unsigned char* body, unsigned length, unsigned char net_num) {
+    if (Sum(body, static_cast<int>(length) - 1) != body[length - 1]) {
         return {errProtocol, "CTarvo::getPacket: ERROR ks"};
     }
-    if (net_num != 0 && body.front() != net_num) {
+    if (net_num != 0 && body[0] != net_num) {
         return {errNetNum, "CTarvo::getPacket: ERROR m_NetNum"};
     }
     return {0, nullptr};

@@ -4,6 +4,8 @@
 // the end of the payload. Nothing is escaped, there is no end marker.
 #pragma once
 
+#include <initializer_list>
+
 #include "protocol/commands.h"
 #include "support/payload.h"
 
@@ -17,12 +19,19 @@ namespace frame {
 
 constexpr unsigned kMaxLength = 200;        // the register never sends more
 constexpr unsigned kMinLength = 1 + 1 + 1;  // network number, command, checksum
+constexpr unsigned kHeadSize = 2;           // start, length
 
 // Code and detail of a fault; detail is null when there is none.
 struct Fault {
     int code;
     const char* detail;
 };
+
+// A payload of `size` zero bytes with room for the frame around it, so that framing moves nothing
+// to other memory.
+Bytes NewPayload(std::size_t size);
+Bytes NewPayload(std::initializer_list<unsigned char> bytes);
+Bytes NewWordPayload(std::uint16_t word);  // high byte first
 
 unsigned char Sum(const unsigned char* bytes, int count);
 
@@ -32,7 +41,8 @@ void Build(kkm_command command, unsigned char net_num, Bytes& data, unsigned sum
 // Judges the two bytes before the body.
 Fault CheckHead(unsigned char start, unsigned char length);
 
-// Judges the body: network number, command, payload, checksum. net_num 0 accepts every register.
-Fault CheckBody(const Bytes& body, unsigned char net_num);
+// Judges the `length` bytes of a body: network number, command, payload, checksum. net_num 0
+// accepts every register.
+Fault CheckBody(const unsigned char* body, unsigned length, unsigned char net_num);
 
 }  // namespace frame

@@ -128,7 +128,8 @@ std::uint16_t CTarvo::getRamAddr(kkm_ver version, TRamAddr location) {
 
 Bytes CTarvo::RamRequest(TRamAddr location, unsigned char count) {
     const std::uint16_t address = getRamAddr(location);
-    return {static_cast<unsigned char>(address >> 8U), static_cast<unsigned char>(address), count};
+    return frame::NewPayload(
+        {static_cast<unsigned char>(address >> 8U), static_cast<unsigned char>(address), count});
 }
 
 CRowData CTarvo::readRam(TRamAddr location, unsigned char count) {

@@ -14,8 +14,8 @@ void CTarvo::sendKey(kkm_keys key) {
     if (m_ver == kkm_ver_300) {
         throw ETarvo(this, errVersion, "      ");
     }
-    const status_info status =
-        ExchangeStatus(commands::kKey.request, {static_cast<unsigned char>(key)});
+    const status_info status = ExchangeStatus(commands::kKey.request,
+                                              frame::NewPayload({static_cast<unsigned char>(key)}));
     if (status.command != commands::kKey.answer) {
         throw ETarvo(this, errProtocol, commands::kKey.fault);
     }
@@ -42,7 +42,7 @@ void CTarvo::unlockKey() {
 }
 
 void CTarvo::_lockKeyReal(bool unlock) {
-    Exchange(commands::kKeySwitch, {static_cast<unsigned char>(unlock ? 1 : 0)});
+    Exchange(commands::kKeySwitch, frame::NewPayload({static_cast<unsigned char>(unlock ? 1 : 0)}));
 }
 
 void CTarvo::_lockKey() {

@@ -73,12 +73,12 @@ void CTarvo::ReadFrame(packet& pac) {
     unsigned char head[2] = {0, 0};
     ReadPort(head, sizeof head);
     Judge(frame::CheckHead(head[0], head[1]));
-    pac.data.assign(head[1], 0);
-    ReadPort(pac.data.data(), head[1]);
-    Judge(frame::CheckBody(pac.data, m_NetNum));
-    pac.cmd = static_cast<kkm_command>(pac.data[1]);
-    pac.data.erase(pac.data.begin(), pac.data.begin() + 2);
-    pac.data.pop_back();
+    const unsigned length = head[1];
+    unsigned char body[frame::kMaxLength] = {};
+    ReadPort(body, length);
+    Judge(frame::CheckBody(body, length, m_NetNum));
+    pac.cmd = static_cast<kkm_command>(body[1]);
+    pac.data.assign(body + 2, body + length - 1);
 }
 
 void CTarvo::ReadPort(void* to, unsigned count) {

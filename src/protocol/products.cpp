@@ -17,7 +17,6 @@ void CTarvo::writeDBSale(const dbsale& product) {
 }
 
 dbsale CTarvo::readDbsale(std::uint16_t number) {
-    const packet answer = Exchange(commands::kReadDbsale, {static_cast<unsigned char>(number >> 8U),
-                                                           static_cast<unsigned char>(number)});
+    const packet answer = Exchange(commands::kReadDbsale, frame::NewWordPayload(number));
     return DecodeProduct(answer.data);
 }

@@ -38,12 +38,11 @@ int LowNibble(std::uint32_t byte) {
 }  // namespace
 
 CRowData CTarvo::readEprom(std::uint32_t address, unsigned char count) {
-    Bytes data{static_cast<unsigned char>(address >> 8U), static_cast<unsigned char>(address),
-               count};
-    if (m_ver > kLastWithShortAddress) {
-        const unsigned char high[] = {0, static_cast<unsigned char>(address >> 16U)};
-        data.insert(data.begin(), high, high + sizeof high);
-    }
+    const auto high = static_cast<unsigned char>(address >> 16U);
+    const auto middle = static_cast<unsigned char>(address >> 8U);
+    const auto low = static_cast<unsigned char>(address);
+    Bytes data = m_ver > kLastWithShortAddress ? frame::NewPayload({0, high, middle, low, count})
+                                               : frame::NewPayload({middle, low, count});
     return CRowData(Exchange(commands::kReadEprom, std::move(data)).data);
 }
 
@@ -54,15 +53,14 @@ void CTarvo::GetStatistics(TStatistics& statistics) {
         throw ETarvo(this, errProtocol, "CTarvo::getStatistics(count != 11)");
     }
     const PayloadView in(data);
-    statistics.number = CRowData(in.Field(0, 2)).AsWord();
-    statistics.checks = CRowData(in.Field(2, 2)).AsWord();
-    statistics.sales = CRowData(in.Field(4, 2)).AsWord();
-    statistics.amount = CRowData(in.Field(6, 5)).AsDouble5b();
+    statistics.number = in.Be16(0);
+    statistics.checks = in.Be16(2);
+    statistics.sales = in.Be16(4);
+    statistics.amount = in.Be32(7) * 0.01;  // of its five bytes, 6 to 10, the first never counts
 }
 
 bool CTarvo::readKLSale(std::uint16_t index, KLSale& record) {
-    const packet answer = Exchange(commands::kReadKlSale, {static_cast<unsigned char>(index >> 8U),
-                                                           static_cast<unsigned char>(index)});
+    const packet answer = Exchange(commands::kReadKlSale, frame::NewWordPayload(index));
     if (answer.data.size() == 1) {
         return false;
     }

@@ -23,12 +23,6 @@ constexpr std::size_t kQuantityAt = 39;
 static_assert(kBarcodeAt + kBarcodeSize == kPriceAt, "the price follows the barcode");
 static_assert(kPriceAt + kSalePriceSize == kDepartmentAt, "the department follows the price");
 
-void PutName(std::string name, Bytes& block) {
-    name.resize(kNameSize, ' ');
-    name = ToOem(name);
-    std::copy(name.begin(), name.end(), block.begin());
-}
-
 void PutBarcode(const std::string& barcode, Bytes& block) {
     const auto length = static_cast<std::ptrdiff_t>(std::min(barcode.size(), kBarcodeSize));
     std::copy(barcode.begin(), barcode.begin() + length,
@@ -52,9 +46,9 @@ std::int64_t QuantityCount(double quantity, bool weighted) {
 }
 
 Bytes MakeSaleBlock(const status_info& line) {
-    Bytes block(kSaleBlockSize);
+    Bytes block = frame::NewPayload(kSaleBlockSize);
     if (!line.name.empty()) {
-        PutName(line.name, block);
+        PutOemText(line.name, block.data(), kNameSize);
     }
     PutBarcode(line.text, block);
     PutDigits(line.price, block.data() + kPriceAt, kSalePriceSize);
@@ -73,8 +67,8 @@ bool ProductPriceFits(std::uint32_t price) {
 }
 
 Bytes MakeProductBlock(const dbsale& product) {
-    Bytes block(kProductBlockSize);
-    PutName(product.name, block);
+    Bytes block = frame::NewPayload(kProductBlockSize);
+    PutOemText(product.name, block.data(), kNameSize);
     PutBarcode(product.text, block);
     PutDigits(product.price, block.data() + kPriceAt, kProductPriceSize);
     block[kDepartmentAt] = product.department;

@@ -1,5 +1,3 @@
-#include <algorithm>
-
 #include "protocol/tarvo.h"
 #include "support/numbers.h"
 #include "support/oem_text.h"
@@ -48,11 +46,10 @@ void CTarvo::sendSaleInfo(const sale& line) {
 
 void CTarvo::sendSaleStr(unsigned char sale_index, unsigned char line_index,
                          const std::string& text) {
-    Bytes data(2 + kTitleWidth, ' ');
+    Bytes data = frame::NewPayload(2 + kTitleWidth);
     data[0] = sale_index;
     data[1] = line_index;
-    const std::string piece = ToOem(text.substr(0, kTitleWidth));
-    std::copy(piece.begin(), piece.end(), data.begin() + 2);
+    PutOemText(text, data.data() + 2, kTitleWidth);
     Exchange(commands::kSaleStr, std::move(data));
 }
 
@@ -76,29 +73,29 @@ void CTarvo::sendWeight(double weight) {
 }
 
 void CTarvo::sendDiscount(std::int8_t percent) {
-    const status_info status =
-        ExchangeStatus(commands::kDiscount.request, {static_cast<unsigned char>(percent)});
+    const status_info status = ExchangeStatus(
+        commands::kDiscount.request, frame::NewPayload({static_cast<unsigned char>(percent)}));
     if (status.command != commands::kDiscount.answer) {
         throw ETarvo(this, errProtocol, commands::kDiscount.fault);
     }
 }
 
 void CTarvo::sendDiscountCard(unsigned char kind, const std::string& number) {
-    Bytes data{1, kind, 0};
+    Bytes data = frame::NewPayload({1, kind, 0});
     if (!number.empty()) {
-        const std::string text = ToOem(number);
-        data[2] = static_cast<unsigned char>(text.size() + 1);
-        data.insert(data.end(), text.begin(), text.end());
-        data.push_back(0);
+        data[2] = static_cast<unsigned char>(number.size() + 1);
+        data.resize(3 + number.size() + 1);
+        PutOemText(number, data.data() + 3, number.size());
     }
     Exchange(commands::kDiscountCard, std::move(data), kCardPauseMs);
 }
 
 void CTarvo::sendCash(std::uint32_t amount) {
     const status_info status = ExchangeStatus(
-        commands::kCash.request,
-        {0, static_cast<unsigned char>(amount >> 24U), static_cast<unsigned char>(amount >> 16U),
-         static_cast<unsigned char>(amount >> 8U), static_cast<unsigned char>(amount)});
+        commands::kCash.request, frame::NewPayload({0, static_cast<unsigned char>(amount >> 24U),
+                                                    static_cast<unsigned char>(amount >> 16U),
+                                                    static_cast<unsigned char>(amount >> 8U),
+                                                    static_cast<unsigned char>(amount)}));
     if (status.command != commands::kCash.answer) {
         throw ETarvo(this, errProtocol, commands::kCash.fault);
     }
@@ -108,7 +105,8 @@ void CTarvo::sendCash(std::uint32_t amount) {
 }
 
 void CTarvo::outCheck(kkm_check type) {
-    const packet answer = Exchange(commands::kOutCheck, {static_cast<unsigned char>(type)});
+    const packet answer =
+        Exchange(commands::kOutCheck, frame::NewPayload({static_cast<unsigned char>(type)}));
     if (PayloadView(answer.data).Byte(0) == 0) {
         throw ETarvo(this, errMoney, "CTarvo::check_out, !pack.data[0]");
     }

@@ -27,7 +27,7 @@ std::tm CTarvo::readTime() {
 }
 
 void CTarvo::writeCfgParam(kkm_cfg parameter, unsigned char value) {
-    Bytes data{static_cast<unsigned char>(parameter), value};
+    Bytes data = frame::NewPayload({static_cast<unsigned char>(parameter), value});
     sendPacket(commands::kWriteCfg.request, data);
     CheckVersion(true);
     packet answer{};
@@ -36,7 +36,7 @@ void CTarvo::writeCfgParam(kkm_cfg parameter, unsigned char value) {
 }
 
 void CTarvo::feed(unsigned char lines) {
-    Exchange(commands::kFeed, {lines});
+    Exchange(commands::kFeed, frame::NewPayload({lines}));
 }
 
 void CTarvo::writeCheckTitle(const std::string& text) {

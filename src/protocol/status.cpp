@@ -1,11 +1,9 @@
 #include "protocol/tarvo.h"
-#include "support/oem_text.h"
 #include "support/time.h"
 
 namespace {
 
 constexpr std::uint32_t kSectionAddress = 0x12;
-constexpr std::size_t kIndicatorWidth = 16;
 constexpr unsigned kAfterResetInfoMs = 20;
 
 }  // namespace
@@ -57,12 +55,7 @@ void CTarvo::resetStatus() {
 }
 
 void CTarvo::resetStatusInfo(const std::string& text, unsigned char value, kkm_indicator mode) {
-    std::string line = ToOem(text.substr(0, kIndicatorWidth));
-    line.resize(kIndicatorWidth, ' ');
-    Bytes data(line.begin(), line.end());
-    data.push_back(value);
-    data.push_back(static_cast<unsigned char>(mode));
-    const packet answer = SendAndGet(dev_resetinf, std::move(data));
+    const packet answer = SendAndGet(dev_resetinf, IndicatorLine(text, value, mode));
     if (answer.cmd != kkm_resetinf) {
         throw ETarvo(
             this, errProtocol,

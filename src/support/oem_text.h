@@ -8,8 +8,9 @@
 void CharToOem(char* src, char* dst);
 void OemToChar(char* src, char* dst);
 
-// The text in the register's code page.
-std::string ToOem(std::string text);
+// Puts a text into a field of the register: in its code page, padded with spaces or cut to the
+// width.
+void PutOemText(const std::string& text, unsigned char* field, std::size_t width);
 // The text in the host's code page.
 std::string FromOem(std::string text);
 

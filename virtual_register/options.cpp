@@ -1,0 +1,102 @@
+#include "options.h"
+
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <map>
+
+namespace virtual_register {
+namespace {
+
+constexpr const char* kDescription =
+    "A Tarvo M5 cash register in software. It opens a pseudo terminal, prints the name of the tty\n"
+    "to connect to (\"tty /dev/pts/N\") as its first line, and then what comes out on its paper.";
+
+constexpr const char* kFooter =
+    "Examples:\n"
+    "  tarvo-register --firmware 310 --cashier auto\n"
+    "  tarvo-register --baud 57600 --memory shop.mem --paper receipts.txt --log -\n"
+    "\n"
+    "At the prompt, type help. Ctrl-C ends the program; with --memory nothing is forgotten.";
+
+}  // namespace
+
+ParsedOptions parse_options(int argc, char** argv) {
+    Options options;
+    options.cashier = ::isatty(STDIN_FILENO) != 0 ? Cashier::prompt : Cashier::off;
+    // Bytes would be read as characters.
+    unsigned net_number = options.net_number;
+    unsigned section = options.identity.section;
+    CLI::App app(kDescription, "tarvo-register");
+    app.footer(kFooter);
+    app.get_formatter()->column_width(34);
+
+    auto* firmware = app.add_option("--firmware", options.identity.firmware,
+                                    "300, 301, 302, 303, 310, 312 or 400")
+                         ->type_name("NUMBER")
+                         ->check(CLI::IsMember({300, 301, 302, 303, 310, 312, 400}).description(""))
+                         ->capture_default_str();
+    app.add_option("--baud", options.baud,
+                   "Speed that the register answers at; at any other it hears noise")
+        ->type_name("9600|57600")
+        ->check(CLI::IsMember({9600, 57600}).description(""))
+        ->capture_default_str();
+    app.add_option("--net", net_number, "Network number")
+        ->type_name("1..255")
+        ->check(CLI::Range(1, 255).description(""))
+        ->capture_default_str();
+    auto* serial =
+        app.add_option("--serial", options.identity.serial, "Serial number, up to 8 characters")
+            ->check([](const std::string& text) {
+                return text.size() <= 8 ? std::string() : "at most 8 characters";
+            })
+            ->capture_default_str();
+    app.add_option("--section", section, "Section of a new register")
+        ->type_name("1..255")
+        ->check(CLI::Range(1, 255).description(""))
+        ->capture_default_str();
+    app.add_option("--drawer", options.identity.drawer_kopecks,
+                   "Kopecks in the drawer of a new register")
+        ->type_name("KOPECKS")
+        ->capture_default_str();
+    app.add_option("--memory", options.memory_file,
+                   "Keep the register's memory in this file (made when missing)")
+        ->type_name("FILE");
+    app.add_option("--paper", options.paper_file, "Append what is printed to this file, as UTF-8")
+        ->type_name("FILE");
+    app.add_option("--log", options.log_file,
+                   "Append every exchange in words to this file; - for the standard error")
+        ->type_name("FILE|-");
+    const std::map<std::string, Cashier> cashiers{
+        {"auto", Cashier::automatic}, {"prompt", Cashier::prompt}, {"off", Cashier::off}};
+    app.add_option("--cashier", options.cashier,
+                   "Who asks the host for checks: auto, prompt (commands from the standard "
+                   "input) or off; prompt at a terminal, otherwise off")
+        ->transform(CLI::CheckedTransformer(cashiers).description(""))
+        ->type_name("WHO");
+    app.add_flag("--pace", options.pace, "Give bytes the time that they take on a real line");
+    app.add_option("--print-ms", options.print_ms,
+                   "Milliseconds that each line of a receipt takes to print, register deaf")
+        ->type_name("MS")
+        ->check(CLI::Range(0, 60000).description(""))
+        ->capture_default_str();
+    app.add_option("--link", options.link, "Make this symbolic link to the tty while running")
+        ->type_name("PATH");
+    app.add_option("--once", options.once,
+                   "End once so many checks were printed and the host has closed the tty")
+        ->type_name("N");
+    app.add_flag("--quiet", options.quiet, "Show no paper on the standard output");
+
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return {std::nullopt, app.exit(error)};
+    }
+    options.net_number = static_cast<std::uint8_t>(net_number);
+    options.identity.section = static_cast<std::uint8_t>(section);
+    options.firmware_given = firmware->count() > 0;
+    options.serial_given = serial->count() > 0;
+    return {options, 0};
+}
+
+}  // namespace virtual_register
