@@ -347,6 +347,12 @@ TEST_F(ConnectionTest, FailureToSwitchTheParameterOffLeavesDisconnect) {
     EXPECT_EQ(world.Log().back(), "close");
 }
 
+TEST_F(ConnectionTest, DisconnectBeforeAnyConnectSendsNothing) {
+    EXPECT_NO_THROW(driver.Disconnect());
+    EXPECT_TRUE(world.Requests().empty());
+    EXPECT_EQ(world.Traced(), "Disconnect - OK");
+}
+
 TEST_F(ConnectionTest, SecondDisconnectLeavesTheParameterAlone) {
     ConnectWell();
     driver.Disconnect();
