@@ -33,7 +33,8 @@ struct Answer {
 FrameBytes build_frame(const Answer& answer, std::uint8_t net_number);
 
 // Finds requests in what comes off the line. After garbage or a broken frame it looks for the next
-// byte at which a whole good frame begins, so that noise costs at most the frames it touched.
+// byte at which a whole good frame begins. Since nothing is escaped, garbage can look like the head
+// of a long frame; only a silence of the line ends such a one.
 class FrameParser {
   public:
     void add(std::uint8_t byte);
@@ -41,7 +42,6 @@ class FrameParser {
     std::optional<Request> next();
     // The line has been silent: an unfinished frame will not be continued.
     void line_was_silent() { pending_.clear(); }
-    bool has_unfinished() const { return !pending_.empty(); }
 
   private:
     FrameBytes pending_;

@@ -76,6 +76,7 @@ class World {
     // An event of the test's own in the log.
     void Note(const std::string& text) { Record("note " + text); }
     void ClearLog() { log_.clear(); }
+    // Off: nothing is recorded, neither calls nor traces nor details, for runs that count speed.
     void SetLogging(bool on) { logging_ = on; }
 
     // What was traced; nothing is written to disk unless asked for.
@@ -96,6 +97,9 @@ class World {
     bool setattr_fails = false;
     std::time_t wall_clock = 0;  // what time() answers
 
+    std::function<void()> on_sleep;  // called when a pause begins
+    bool tracing_fails = false;      // every trace message throws
+
     // --- for the replaced calls
     bool Owns(int fd) const { return fd >= kFirstFd && files_.count(fd) != 0; }
     int Open(const char* path, int flags);
@@ -103,7 +107,7 @@ class World {
     int Close(int fd);
     long Read(int fd, void* to, std::size_t count);
     long Write(int fd, const void* from, std::size_t count);
-    int Poll(int fd, int timeout_ms, short* revents);
+    int Poll(int fd, short events, int timeout_ms, short* revents);
     int Fcntl(int fd, int command, long argument);
     int GetAttributes(int fd, termios* to);
     int SetAttributes(int fd, int action, const termios* from);
