@@ -18,11 +18,11 @@ unsigned char CTarvo::calcKSNoSuppleer(const unsigned char* buf, int n) {
     return frame::Sum(buf, n);
 }
 
-void CTarvo::MakePacket(kkm_command cmd, Bytes& data) {
+void CTarvo::MakePacket(kkm_command cmd, Bytes& data) const {
     frame::Build(cmd, m_NetNum, data, 0xFF);
 }
 
-void CTarvo::MakePacketNoSuppleer(kkm_command cmd, Bytes& data) {
+void CTarvo::MakePacketNoSuppleer(kkm_command cmd, Bytes& data) const {
     frame::Build(cmd, m_NetNum, data, ~0U);
 }
 

@@ -59,8 +59,8 @@ class CTarvo {
 
     static unsigned char calcKS(const unsigned char* buf, int n);
     static unsigned char calcKSNoSuppleer(const unsigned char* buf, int n);
-    void MakePacket(kkm_command cmd, Bytes& data);
-    void MakePacketNoSuppleer(kkm_command cmd, Bytes& data);
+    void MakePacket(kkm_command cmd, Bytes& data) const;
+    void MakePacketNoSuppleer(kkm_command cmd, Bytes& data) const;
     void SendData(const Bytes& frame);
     // data is left holding the frame.
     void sendPacket(kkm_command cmd, Bytes& data);

@@ -1,0 +1,174 @@
+#include "tools/fake_library.h"
+
+#include <cstdio>
+#include <stdexcept>
+
+#include "VeskTarvoM5/VeskTarvoM5.h"
+
+namespace test {
+namespace {
+
+std::string Hex(const char* text) {
+    std::string hex;
+    for (; *text != '\0'; ++text) {
+        char byte[4];
+        std::snprintf(byte, sizeof byte, "%s%02x", hex.empty() ? "" : " ",
+                      static_cast<unsigned>(static_cast<unsigned char>(*text)));
+        hex += byte;
+    }
+    return hex;
+}
+
+std::string Fixed(double number, int digits) {
+    char text[64];
+    std::snprintf(text, sizeof text, "%.*f", digits, number);
+    return text;
+}
+
+struct Buffer {
+    int lines = 0;
+    int discount = 0;
+    bool is_return = false;
+    bool is_credit = false;
+    double sum = 0;
+};
+Buffer buffer;
+
+}  // namespace
+
+FakeLibrary& FakeLibrary::Get() {
+    static FakeLibrary library;
+    return library;
+}
+
+void FakeLibrary::Reset() {
+    *this = FakeLibrary();
+    buffer = Buffer();
+}
+
+int FakeLibrary::Call(const std::string& name, const std::string& arguments) {
+    calls.push_back(arguments.empty() ? name : name + " " + arguments);
+    const auto found = failing.find(name);
+    error = found == failing.end() ? 0 : found->second;
+    return error == 0 ? 1 : 0;
+}
+
+template <typename Value>
+int Query(const char* name, Value* to, Value value) {
+    const int result = FakeLibrary::Get().Call(name);
+    if (result == 1) {
+        *to = value;
+    }
+    return result;
+}
+
+}  // namespace test
+
+using test::buffer;
+using test::FakeLibrary;
+
+void (*EventErrorProc)(int, char*) = nullptr;
+void (*EventQuery)() = nullptr;
+void (*EventCheckPrepare)(unsigned char) = nullptr;
+
+int ConnectKKM(int port) {
+    return FakeLibrary::Get().Call("ConnectKKM", std::to_string(port));
+}
+int ConnectKKMDevice(char* device) {
+    return FakeLibrary::Get().Call("ConnectKKMDevice", device);
+}
+void DisconnectKKM() {
+    FakeLibrary::Get().Call("DisconnectKKM");
+    if (EventErrorProc != nullptr) {
+        FakeLibrary::Get().calls.emplace_back("(an error while leaving is heard)");
+    }
+}
+int GetErrorCode() {
+    return FakeLibrary::Get().error;
+}
+
+int cbAddSale(char* name, double price, double quantity, int section) {
+    const std::string arguments = test::Hex(name) + ", " + test::Fixed(price, 2) + ", " +
+                                  test::Fixed(quantity, 3) + ", " + std::to_string(section);
+    if (FakeLibrary::Get().Call("cbAddSale", arguments) == 0) {
+        return 0;
+    }
+    ++buffer.lines;
+    buffer.sum += price * quantity;
+    return 1;
+}
+int cbGetSalesCount() {
+    return buffer.lines;
+}
+double cbGetSum() {
+    return buffer.sum;
+}
+int cbSetCash(double sum) {
+    FakeLibrary::Get().Call("cbSetCash", test::Fixed(sum, 2));
+    if (FakeLibrary::Get().throwing_cash) {
+        throw std::runtime_error("the line died");
+    }
+    return 1;
+}
+void cbSetReturnMode(int on) {
+    FakeLibrary::Get().Call("cbSetReturnMode", std::to_string(on));
+    buffer.is_return = on != 0;
+}
+int cbGetReturnMode() {
+    return buffer.is_return ? 1 : 0;
+}
+void cbSetCreditMode(int on) {
+    FakeLibrary::Get().Call("cbSetCreditMode", std::to_string(on));
+    buffer.is_credit = on != 0;
+}
+int cbGetCreditMode() {
+    return buffer.is_credit ? 1 : 0;
+}
+int cbSetDiscountValue(int value) {
+    buffer.discount = value;
+    return FakeLibrary::Get().Call("cbSetDiscountValue", std::to_string(value));
+}
+int cbGetDiscountValue() {
+    return buffer.discount;
+}
+
+int CheckClose() {
+    return FakeLibrary::Get().Call("CheckClose");
+}
+int PrintCheck() {
+    if (FakeLibrary::Get().on_print) {
+        FakeLibrary::Get().on_print();
+    }
+    const int result = FakeLibrary::Get().Call("PrintCheck");
+    if (result == 0 && EventErrorProc != nullptr) {
+        EventErrorProc(FakeLibrary::Get().error, nullptr);
+    }
+    return result;
+}
+
+int GetKKMVers(int* version) {
+    return test::Query("GetKKMVers", version, FakeLibrary::Get().firmware);
+}
+int GetKKMNum(int* number) {
+    return test::Query("GetKKMNum", number, 12345);
+}
+int GetSmenaStatus(int* status) {
+    return test::Query("GetSmenaStatus", status, 1);
+}
+int GetKLNum(int* number) {
+    return test::Query("GetKLNum", number, 7);
+}
+int GetCheckCount(int* count) {
+    return test::Query("GetCheckCount", count, 31);
+}
+int GetSaleNum(int* number) {
+    return test::Query("GetSaleNum", number, 58);
+}
+int GetNI(double* total) {
+    return test::Query("GetNI", total, 379.53);
+}
+int GetCashSum(int which, double* sum) {
+    const int result = FakeLibrary::Get().Call("GetCashSum", std::to_string(which));
+    *sum = 120.5;
+    return result;
+}

@@ -1,0 +1,15 @@
+// kkm check: prints a check and shows each step of it.
+#pragma once
+
+#include "kkm/check_file.h"
+#include "kkm/connection.h"
+#include "kkm/exit_status.h"
+#include "kkm/streams.h"
+
+namespace kkm {
+
+// Blocks until the register asks for the check, which is up to its cashier, and until it is
+// printed. Done only when the register's counters proved that it was.
+ExitStatus RunCheck(const Address& address, const CheckFile& check, Streams& streams);
+
+}  // namespace kkm

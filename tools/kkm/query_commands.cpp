@@ -1,0 +1,86 @@
+#include "kkm/query_commands.h"
+
+#include "VeskTarvoM5/VeskTarvoM5.h"
+#include "kkm/figures.h"
+#include "kkm/progress.h"
+#include "kkm/report.h"
+
+namespace kkm {
+namespace {
+
+constexpr int kCash = 1;  // the first kind of payment
+
+using Figures = std::vector<Figure>;
+
+template <typename Value>
+Value Read(int (*query)(Value*), const std::string& name) {
+    Value value{};
+    Require(query(&value), ExitStatus::not_read, "the " + name + " could not be read");
+    return value;
+}
+
+void AddCounters(Figures& figures) {
+    figures.push_back(
+        NumberFigure("tape_number", "control tape", Read(GetKLNum, "control-tape number")));
+    figures.push_back(NumberFigure("checks", "checks", Read(GetCheckCount, "check counter")));
+    figures.push_back(NumberFigure("next_sale", "next sale", Read(GetSaleNum, "sale counter")));
+}
+
+Figures ReadStatus(const Address& address) {
+    Figures figures;
+    figures.push_back(TextFigure("device", "register", address.Text()));
+    figures.push_back(NumberFigure("firmware", "firmware", Firmware()));
+    figures.push_back(
+        NumberFigure("serial_number", "serial number", Read(GetKKMNum, "serial number")));
+    figures.push_back(FlagFigure(
+        "shift_open", "shift", Read(GetSmenaStatus, "state of the shift") != 0, "open", "closed"));
+    AddCounters(figures);
+    return figures;
+}
+
+Figures ReadCounters(const Address& /*address*/) {
+    Figures figures;
+    AddCounters(figures);
+    figures.push_back(MoneyFigure("grand_total", "grand total", Read(GetNI, "grand total")));
+    double cash = 0;
+    Require(GetCashSum(kCash, &cash), ExitStatus::not_read, "the sum of cash could not be read");
+    figures.push_back(MoneyFigure("cash", "cash", cash));
+    return figures;
+}
+
+// The figures come whole or not at all; only a terminal sees the waiting.
+Figures ReadWaiting(const Address& address, Figures (*read)(const Address&), Streams& streams) {
+    Progress progress(streams.err, streams.err_terminal);
+    if (streams.err_terminal.live) {
+        progress.Step("reading " + address.Text());
+    }
+    const Connection connection(address);
+    return read(address);
+}
+
+ExitStatus RunQuery(const Address& address, Figures (*read)(const Address&), bool as_json,
+                    Streams& streams) {
+    try {
+        const Figures figures = ReadWaiting(address, read, streams);
+        streams.out << (as_json ? FiguresAsJson(figures) : FiguresAsText(figures)) << std::flush;
+        return ExitStatus::done;
+    } catch (const RegisterFailure& failure) {
+        if (as_json) {
+            ReportFailureAsJson(failure, streams.out);
+        }
+        ReportFailure(failure, streams.err);
+        return failure.status();
+    }
+}
+
+}  // namespace
+
+ExitStatus RunStatus(const Address& address, bool as_json, Streams& streams) {
+    return RunQuery(address, ReadStatus, as_json, streams);
+}
+
+ExitStatus RunCounters(const Address& address, bool as_json, Streams& streams) {
+    return RunQuery(address, ReadCounters, as_json, streams);
+}
+
+}  // namespace kkm

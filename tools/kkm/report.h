@@ -1,0 +1,33 @@
+// Failures, for people and for programs.
+#pragma once
+
+#include <ostream>
+#include <stdexcept>
+#include <string>
+
+#include "kkm/exit_status.h"
+
+namespace kkm {
+
+// A function of the library gave 0. `what` says what could not be done: "no connection".
+class RegisterFailure : public std::runtime_error {
+  public:
+    RegisterFailure(ExitStatus status, const std::string& what, int code)
+        : std::runtime_error(what), status_(status), code_(code) {}
+    ExitStatus status() const { return status_; }
+    int code() const { return code_; }
+
+  private:
+    ExitStatus status_;
+    int code_;
+};
+
+// Throws a RegisterFailure with the library's last error when `result` is 0.
+void Require(int result, ExitStatus status, const std::string& what);
+
+// What failed, the code with its name, what happened and what to do.
+void ReportFailure(const RegisterFailure& failure, std::ostream& to);
+// The same as a JSON object { "error": { ... } }.
+void ReportFailureAsJson(const RegisterFailure& failure, std::ostream& to);
+
+}  // namespace kkm
