@@ -44,7 +44,8 @@ std::int64_t seconds_of(const CalendarTime& time) {
     const std::int64_t day_of_era =
         year_of_era * 365 + year_of_era / 4 - year_of_era / 100 + day_of_year;
     const std::int64_t days = era * kDaysPerEra + day_of_era - kDaysFromMarchYear0;
-    return days * kSecondsPerDay + time.hour * 3600 + time.minute * 60 + time.second;
+    return days * kSecondsPerDay + std::int64_t{time.hour} * 3600 + std::int64_t{time.minute} * 60 +
+           time.second;
 }
 
 }  // namespace virtual_register

@@ -42,7 +42,6 @@ class FrameParser {
     std::optional<Request> next();
     // The line has been silent: an unfinished frame will not be continued.
     void line_was_silent() { pending_.clear(); }
-    bool has_unfinished() const { return !pending_.empty(); }
 
   private:
     FrameBytes pending_;

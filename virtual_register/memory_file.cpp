@@ -287,7 +287,7 @@ Memory memory_from_text(std::string_view text) {
     }
 }
 
-void save_memory(const Memory& memory, const std::string& path) {
+void save_memory(const Memory& memory, const std::string& path, Durability durability) {
     const std::string text = memory_to_text(memory);
     const std::string fresh = path + ".new";
     const int file = ::open(fresh.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
@@ -309,7 +309,7 @@ void save_memory(const Memory& memory, const std::string& path) {
         done += static_cast<std::size_t>(written);
     }
     // On the disk before the name changes, or a power cut could leave an empty file.
-    const bool kept = ::fsync(file) == 0;
+    const bool kept = durability == Durability::program || ::fsync(file) == 0;
     if (::close(file) != 0 || !kept || ::rename(fresh.c_str(), path.c_str()) != 0) {
         const std::string why = system_text("cannot replace", path);
         ::unlink(fresh.c_str());

@@ -31,8 +31,11 @@ class MemoryFileError : public std::runtime_error {
 std::string memory_to_text(const Memory& memory);
 Memory memory_from_text(std::string_view text);
 
-// The file is replaced as a whole or not at all, whenever the power goes.
-void save_memory(const Memory& memory, const std::string& path);
+// `disk` waits until the file is on the disk, which may take tens of milliseconds: with it the
+// memory survives the machine, without it only the program.
+enum class Durability { program, disk };
+// The file is replaced as a whole or not at all.
+void save_memory(const Memory& memory, const std::string& path, Durability durability);
 bool memory_file_exists(const std::string& path);
 Memory load_memory(const std::string& path);
 

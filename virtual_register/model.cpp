@@ -1,5 +1,6 @@
 #include "model.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace virtual_register {
@@ -83,6 +84,11 @@ void Model::refuse(Command command, unsigned nth, std::uint8_t reply) {
     if (nth > 0) {
         refusals_.push_back({command, nth, reply});
     }
+}
+
+void Model::set_states_late(unsigned polls) {
+    late_polls_ = polls;
+    late_left_ = std::min(late_left_, polls);
 }
 
 void Model::set_state(State state) {

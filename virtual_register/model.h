@@ -110,8 +110,8 @@ class Model {
     bool enter_free_line(SaleLine line);  // a line still being typed: not in the check
     bool delete_last_line();              // needs a line in a check that is not closed
     bool enter_discount(int percent);     // as a discount from the host, seen as `discount`
-    bool ask_weight();                    // waits for the host to tell a weight
-    bool open_shift();                    // false when it is open
+    bool ask_weight();  // waits for the host to tell a weight; not with a closed check
+    bool open_shift();  // false when it is open
     bool close_shift();
     void paper_out() { paper_.take_out(); }
     void paper_in() { paper_.put_in(); }
@@ -124,7 +124,8 @@ class Model {
     // its good answer code with `reply` as only payload byte. Not for the status request.
     void refuse(Command command, unsigned nth, std::uint8_t reply);
     // A busy register: each new state shows only after that many status answers of the old one.
-    void set_states_late(unsigned polls) { late_polls_ = polls; }
+    // 0 ends it at once.
+    void set_states_late(unsigned polls);
 
     // The truth.
     const Memory& memory() const { return memory_; }
@@ -158,10 +159,17 @@ class Model {
     bool execute(Command command, const RequestPayload& payload, AnswerPayload& answer);
     bool execute_check(Command command, const RequestPayload& payload, AnswerPayload& answer);
     bool execute_service(Command command, const RequestPayload& payload, AnswerPayload& answer);
+    bool execute_setting(Command command, const RequestPayload& payload);
+    bool execute_output(Command command, const RequestPayload& payload);
     std::optional<std::uint8_t> take_refusal(Command command);
 
     Answer status();
     Answer status_of(State state) const;
+    void add_query_status(AnswerPayload& to) const;
+    void add_document(AnswerPayload& to) const;
+    void add_free_sale_status(AnswerPayload& to) const;
+    void add_discount_status(AnswerPayload& to) const;
+    void add_card_status(AnswerPayload& to) const;
     void add_line_status(const SaleLine& line, std::uint8_t sale, AnswerPayload& to) const;
     void add_check_out_status(AnswerPayload& to) const;
     void set_state(State state);

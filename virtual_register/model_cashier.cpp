@@ -106,7 +106,7 @@ bool Model::enter_discount(int percent) {
 }
 
 bool Model::ask_weight() {
-    if (!keyboard_free()) {
+    if (!keyboard_free() || memory_.check.stage == OpenCheck::Stage::closed) {
         return false;
     }
     weight_ = {0, 0, 0, 0, 0, 0};

@@ -171,6 +171,7 @@ std::uint8_t Model::take_cash(std::uint32_t kopecks) {
             return kCashBelowTotal;
         }
         check.cash_kopecks = kopecks;
+        ++memory_version_;
     }
     return kTaken;
 }

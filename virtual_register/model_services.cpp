@@ -42,6 +42,16 @@ bool Model::execute_service(Command command, const RequestPayload& payload, Answ
         case Command::write_product:
             write_product(payload, answer);
             return true;
+        case Command::read_time:
+            add_time(answer);
+            return true;
+        default:
+            return execute_setting(command, payload) || execute_output(command, payload);
+    }
+}
+
+bool Model::execute_setting(Command command, const RequestPayload& payload) {
+    switch (command) {
         case Command::write_parameter:
             memory_.set_parameter(payload[0], payload[1]);
             ++memory_version_;
@@ -54,17 +64,21 @@ bool Model::execute_service(Command command, const RequestPayload& payload, Answ
             memory_.set_footer(payload.text());
             ++memory_version_;
             return true;
-        case Command::read_time:
-            add_time(answer);
+        case Command::weight:
+            weight_.clear();
+            weight_.add(payload.data(), payload.size());
             return true;
+        default:
+            return false;
+    }
+}
+
+bool Model::execute_output(Command command, const RequestPayload& payload) {
+    switch (command) {
         case Command::show_text:
         case Command::show_message:
             indicator_.clear();
             indicator_.add(payload.data(), payload.size());
-            return true;
-        case Command::weight:
-            weight_.clear();
-            weight_.add(payload.data(), payload.size());
             return true;
         case Command::feed: {
             PaperLine line;

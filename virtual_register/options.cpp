@@ -3,7 +3,9 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
-#include <map>
+#include <cstdio>
+#include <string>
+#include <vector>
 
 namespace virtual_register {
 namespace {
@@ -19,42 +21,39 @@ constexpr const char* kFooter =
     "\n"
     "At the prompt, type help. Ctrl-C ends the program; with --memory nothing is forgotten.";
 
-}  // namespace
-
-ParsedOptions parse_options(int argc, char** argv) {
-    Options options;
-    options.cashier = ::isatty(STDIN_FILENO) != 0 ? Cashier::prompt : Cashier::off;
+// What the command line says in another form than the program wants.
+struct Raw {
     // Bytes would be read as characters.
-    unsigned net_number = options.net_number;
-    unsigned section = options.identity.section;
-    CLI::App app(kDescription, "tarvo-register");
-    app.footer(kFooter);
-    app.get_formatter()->column_width(34);
+    unsigned net_number = 1;
+    unsigned section = 1;
+    std::vector<std::string> taxes;
+    std::string cashier = ::isatty(STDIN_FILENO) != 0 ? "prompt" : "off";
+    CLI::Option* firmware = nullptr;
+    CLI::Option* serial = nullptr;
+};
 
-    auto* firmware = app.add_option("--firmware", options.identity.firmware,
-                                    "300, 301, 302, 303, 310, 312 or 400")
-                         ->type_name("NUMBER")
-                         ->check(CLI::IsMember({300, 301, 302, 303, 310, 312, 400}).description(""))
-                         ->capture_default_str();
-    app.add_option("--baud", options.baud,
-                   "Speed that the register answers at; at any other it hears noise")
-        ->type_name("9600|57600")
-        ->check(CLI::IsMember({9600, 57600}).description(""))
-        ->capture_default_str();
-    app.add_option("--net", net_number, "Network number")
+void add_register_options(CLI::App& app, Options& options, Raw& raw) {
+    raw.firmware = app.add_option("--firmware", options.identity.firmware,
+                                  "300, 301, 302, 303, 310, 312 or 400")
+                       ->type_name("NUMBER")
+                       ->check(CLI::IsMember({300, 301, 302, 303, 310, 312, 400}).description(""))
+                       ->capture_default_str();
+    app.add_option("--net", raw.net_number, "Network number")
         ->type_name("1..255")
         ->check(CLI::Range(1, 255).description(""))
         ->capture_default_str();
-    auto* serial =
+    raw.serial =
         app.add_option("--serial", options.identity.serial, "Serial number, up to 8 characters")
             ->check([](const std::string& text) {
                 return text.size() <= 8 ? std::string() : "at most 8 characters";
             })
             ->capture_default_str();
-    app.add_option("--section", section, "Section of a new register")
+    app.add_option("--section", raw.section, "Section of a new register")
         ->type_name("1..255")
         ->check(CLI::Range(1, 255).description(""))
         ->capture_default_str();
+    app.add_option("--tax", raw.taxes, "Tax setting of a new register: number 0 to 16, its byte")
+        ->type_name("N=BYTE");
     app.add_option("--drawer", options.identity.drawer_kopecks,
                    "Kopecks in the drawer of a new register")
         ->type_name("KOPECKS")
@@ -62,40 +61,74 @@ ParsedOptions parse_options(int argc, char** argv) {
     app.add_option("--memory", options.memory_file,
                    "Keep the register's memory in this file (made when missing)")
         ->type_name("FILE");
-    app.add_option("--paper", options.paper_file, "Append what is printed to this file, as UTF-8")
-        ->type_name("FILE");
-    app.add_option("--log", options.log_file,
-                   "Append every exchange in words to this file; - for the standard error")
-        ->type_name("FILE|-");
-    const std::map<std::string, Cashier> cashiers{
-        {"auto", Cashier::automatic}, {"prompt", Cashier::prompt}, {"off", Cashier::off}};
-    app.add_option("--cashier", options.cashier,
+    app.add_option("--cashier", raw.cashier,
                    "Who asks the host for checks: auto, prompt (commands from the standard "
                    "input) or off; prompt at a terminal, otherwise off")
-        ->transform(CLI::CheckedTransformer(cashiers).description(""))
-        ->type_name("WHO");
-    app.add_flag("--pace", options.pace, "Give bytes the time that they take on a real line");
+        ->type_name("WHO")
+        ->check(CLI::IsMember({"auto", "prompt", "off"}).description(""));
     app.add_option("--print-ms", options.print_ms,
                    "Milliseconds that each line of a receipt takes to print, register deaf")
         ->type_name("MS")
         ->check(CLI::Range(0, 60000).description(""))
         ->capture_default_str();
+}
+
+void add_program_options(CLI::App& app, Options& options) {
+    app.add_option("--baud", options.baud,
+                   "Speed that the register answers at; at any other it hears noise")
+        ->type_name("9600|57600")
+        ->check(CLI::IsMember({9600, 57600}).description(""))
+        ->capture_default_str();
+    app.add_flag("--pace", options.pace, "Give bytes the time that they take on a real line");
     app.add_option("--link", options.link, "Make this symbolic link to the tty while running")
         ->type_name("PATH");
+    app.add_option("--paper", options.paper_file, "Append what is printed to this file, as UTF-8")
+        ->type_name("FILE");
+    app.add_option("--log", options.log_file,
+                   "Append every exchange in words to this file; - for the standard error")
+        ->type_name("FILE|-");
     app.add_option("--once", options.once,
                    "End once so many checks were printed and the host has closed the tty")
         ->type_name("N");
     app.add_flag("--quiet", options.quiet, "Show no paper on the standard output");
+}
 
+void set_taxes(const std::vector<std::string>& texts, Identity& identity) {
+    for (const std::string& text : texts) {
+        unsigned number = 0;
+        unsigned value = 0;
+        char rest = 0;
+        if (std::sscanf(text.c_str(), "%2u=%3u%c", &number, &value, &rest) != 2 ||
+            number >= identity.taxes.size() || value > 255) {
+            throw CLI::ValidationError("--tax", text + " is not N=BYTE with N from 0 to 16");
+        }
+        identity.taxes[number] = static_cast<std::uint8_t>(value);
+    }
+}
+
+}  // namespace
+
+ParsedOptions parse_options(int argc, char** argv) {
+    Options options;
+    Raw raw;
+    CLI::App app(kDescription, "tarvo-register");
+    app.footer(kFooter);
+    app.get_formatter()->column_width(34);
+    add_register_options(app, options, raw);
+    add_program_options(app, options);
     try {
         app.parse(argc, argv);
+        set_taxes(raw.taxes, options.identity);
     } catch (const CLI::ParseError& error) {
         return {std::nullopt, app.exit(error)};
     }
-    options.net_number = static_cast<std::uint8_t>(net_number);
-    options.identity.section = static_cast<std::uint8_t>(section);
-    options.firmware_given = firmware->count() > 0;
-    options.serial_given = serial->count() > 0;
+    options.cashier = raw.cashier == "auto"     ? Cashier::automatic
+                      : raw.cashier == "prompt" ? Cashier::prompt
+                                                : Cashier::off;
+    options.net_number = static_cast<std::uint8_t>(raw.net_number);
+    options.identity.section = static_cast<std::uint8_t>(raw.section);
+    options.firmware_given = raw.firmware->count() > 0;
+    options.serial_given = raw.serial->count() > 0;
     return {options, 0};
 }
 

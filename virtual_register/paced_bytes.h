@@ -17,7 +17,6 @@ class PacedBytes {
     std::optional<std::uint8_t> arrived(std::int64_t now_us);
     // When the next byte arrives, if one is under way.
     std::optional<std::int64_t> next_us() const;
-    void clear() { under_way_.clear(); }
 
   private:
     struct Byte {

@@ -82,8 +82,9 @@ Service::Service(const Options& options)
         log_ = &log_file_;
     }
     if (!options_.memory_file.empty()) {
-        save_memory(model_.memory(), options_.memory_file);
+        save_memory(model_.memory(), options_.memory_file, Durability::disk);
         kept_version_ = model_.memory_version();
+        kept_counters_ = counters();
     }
     if (!options_.link.empty()) {
         make_link();
@@ -125,12 +126,7 @@ void Service::run(const volatile int& stop) {
         if (wait()) {
             take_input();
         }
-        while (const auto byte = incoming_.arrived(now_us())) {
-            parser_.add(*byte);
-            while (const auto request = parser_.next()) {
-                serve(*request);
-            }
-        }
+        take_arrived();
         if (options_.cashier == Cashier::automatic) {
             cashier_due_us_ = cashier_.act(model_, now_us());
         }
@@ -186,11 +182,6 @@ void Service::take_input() {
         noise_told_ = false;
         log(host_was_present_ ? "-- the host is there" : "-- the host closed the tty");
     }
-    const std::int64_t now = now_us();
-    if (now - last_input_us_ > kFrameSilenceUs) {
-        parser_.line_was_silent();
-    }
-    last_input_us_ = now;
     if (bytes.empty()) {
         if (line_.host_present()) {
             // The tty cannot be had back just now; asking again at once would only burn time.
@@ -208,7 +199,21 @@ void Service::take_input() {
     }
     noise_told_ = false;
     for (std::uint8_t byte : bytes) {
-        incoming_.send(byte, now);
+        incoming_.send(byte, now_us());
+    }
+}
+
+void Service::take_arrived() {
+    while (const auto byte = incoming_.arrived(now_us())) {
+        const std::int64_t now = now_us();
+        if (now - last_arrival_us_ > kFrameSilenceUs) {
+            parser_.line_was_silent();
+        }
+        last_arrival_us_ = now;
+        parser_.add(*byte);
+        while (const auto request = parser_.next()) {
+            serve(*request);
+        }
     }
 }
 
@@ -265,8 +270,17 @@ void Service::keep_memory() {
     if (options_.memory_file.empty() || kept_version_ == model_.memory_version()) {
         return;
     }
-    save_memory(model_.memory(), options_.memory_file);
+    // What was registered must outlive the machine before the host hears of it; a host would not
+    // wait for the disk at every line of a check.
+    const bool registered = kept_counters_ != counters();
+    save_memory(model_.memory(), options_.memory_file,
+                registered ? Durability::disk : Durability::program);
     kept_version_ = model_.memory_version();
+    kept_counters_ = counters();
+}
+
+Service::Counters Service::counters() const {
+    return {model_.memory().tape_number, model_.memory().checks};
 }
 
 void Service::show_paper() {

@@ -6,6 +6,7 @@
 #include <optional>
 #include <ostream>
 #include <string>
+#include <utility>
 
 #include "auto_cashier.h"
 #include "frame.h"
@@ -32,9 +33,13 @@ class Service {
     void run(const volatile int& stop);
 
   private:
+    using Counters = std::pair<std::uint16_t, std::uint16_t>;  // tape number, checks
+
+    Counters counters() const;
     std::int64_t now_us() const;
     bool wait();
     void take_input();
+    void take_arrived();
     void serve(const Request& request);
     void send_output();
     void obey_prompt();
@@ -54,13 +59,14 @@ class Service {
     PacedBytes outgoing_;
     AutoCashier cashier_;
     std::optional<std::int64_t> cashier_due_us_;
-    std::int64_t last_input_us_ = 0;
+    std::int64_t last_arrival_us_ = 0;
     bool noise_told_ = false;
     bool host_was_present_ = false;
     bool prompt_open_ = false;
     bool quit_ = false;
     std::string typed_;
     std::uint64_t kept_version_ = 0;
+    Counters kept_counters_;
     std::ofstream paper_file_;
     std::ofstream log_file_;
     std::ostream* log_ = nullptr;

@@ -90,7 +90,8 @@ int ReadSaleFromKL(int number, unsigned char* kind, unsigned char* selector, dou
         RequireArguments(kind, selector, sum, amount2, amount3, amount4, signed_value, quantity,
                          marked, code, code0, code1, code2, code3);
         KLSale record;
-        if (!kvesk.readKLSale(static_cast<std::uint16_t>(number - 1), record)) {
+        const unsigned index = static_cast<unsigned>(number) - 1;  // defined for every number
+        if (!kvesk.readKLSale(static_cast<std::uint16_t>(index), record)) {
             throw ETarvoVesk(echKLRead);
         }
         *kind = static_cast<unsigned char>(record.kind);

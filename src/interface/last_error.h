@@ -34,7 +34,8 @@ int Guarded(Action action) {
 // Refuses null pointers of the host before anything is done.
 template <typename... Pointers>
 void RequireArguments(const Pointers*... pointers) {
-    if (((pointers == nullptr) || ...)) {
+    const bool missing = ((pointers == nullptr) || ...);
+    if (missing) {
         throw ETarvoVesk(echParam);
     }
 }

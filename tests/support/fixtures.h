@@ -54,9 +54,10 @@ class TarvoTest : public WorldTest {
 };
 
 // A whole driver object, connected without traffic: the firmware is set by the test.
-class TTarvoVeskTest : public WorldTest {
+template <typename Driver>
+class DriverTest : public WorldTest {
   protected:
-    explicit TTarvoVeskTest(kkm_ver version = kkm_ver_303) {
+    explicit DriverTest(kkm_ver version = kkm_ver_303) {
         // Only the opening of the port is wanted here; the search for the register is cut short.
         try {
             driver.Connect(1);
@@ -77,7 +78,12 @@ class TTarvoVeskTest : public WorldTest {
         return 0;
     }
 
-    TTarvoVesk driver;
+    Driver driver;
+};
+
+class TTarvoVeskTest : public DriverTest<TTarvoVesk> {
+  protected:
+    using DriverTest::DriverTest;
 };
 
 }  // namespace test

@@ -64,12 +64,17 @@ long ScriptedLine::Write(const unsigned char* bytes, std::size_t count, Micros n
     if (!cut_ && count >= 5) {
         const unsigned char command = bytes[3];
         auto& queue = queued_[command];
+        Reply reply;
         if (!queue.empty()) {
-            Inject(queue.front(), now);
+            reply = queue.front();
             queue.pop_front();
         } else if (const auto standing = standing_.find(command); standing != standing_.end()) {
-            Inject(standing->second, now);
+            reply = standing->second;
         }
+        if (reply.at_request) {
+            reply.at_request();
+        }
+        Inject(reply, now);
     }
     return static_cast<long>(count);
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <deque>
+#include <functional>
 #include <map>
 
 #include "support/world.h"
@@ -17,6 +18,7 @@ struct Reply {
     unsigned first_ms = 0;                    // before the first byte
     std::map<std::size_t, unsigned> gaps_ms;  // before the byte of that index
     long ending = -11;                        // read behind the last byte: 0 end of file, -EIO ...
+    std::function<void()> at_request;         // runs when the request is written, and may throw
 
     Reply() = default;
     Reply(Bytes all) : bytes(std::move(all)) {}  // NOLINT: a frame is a reply
@@ -40,6 +42,14 @@ inline Reply Silence() {
     return {};
 }
 
+// The write of the request throws, as a host's own write() may.
+template <typename Exception>
+Reply Throwing(const Exception& exception) {
+    Reply reply;
+    reply.at_request = [exception] { throw exception; };
+    return reply;
+}
+
 // Answers by command code: what was queued for the code first, then its standing answer, then
 // silence. Requests are taken in whole frames, as the driver writes them.
 class ScriptedLine : public Device {
@@ -58,6 +68,8 @@ class ScriptedLine : public Device {
     void Cut() { cut_ = true; }
     void Heal() { cut_ = false; }
     std::size_t QueuedAnswers() const;
+    // Forgets the queued answers; the standing ones stay.
+    void Drop() { queued_.clear(); }
 
     long Write(const unsigned char* bytes, std::size_t count, Micros now) override;
     std::optional<Micros> NextInput(Micros now) override;

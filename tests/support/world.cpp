@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
+#include <stdexcept>
 
 namespace test {
 
@@ -51,6 +52,8 @@ std::vector<std::string> World::Steps() const {
         const std::string& event = log_[i];
         if (event.rfind("write ", 0) == 0) {
             steps.push_back(event.substr(15, event.size() - 18));
+        } else if (event.rfind("note ", 0) == 0) {
+            steps.push_back(event);
         } else if (event.rfind("sleep ", 0) == 0) {
             const std::string next = i + 1 < log_.size() ? log_[i + 1] : "";
             const bool pause =
@@ -74,8 +77,10 @@ std::string World::Traced(const std::string& file) const {
 }
 
 int World::Open(const char* path, int flags) {
-    char event[300];
-    std::snprintf(event, sizeof event, "open %s 0x%x", path, static_cast<unsigned>(flags));
+    char event[300] = "";
+    if (logging_) {
+        std::snprintf(event, sizeof event, "open %s 0x%x", path, static_cast<unsigned>(flags));
+    }
     const auto device = devices_.find(path);
     if (device == devices_.end()) {
         Record(std::string(event) + " = error");
@@ -103,13 +108,17 @@ long World::Read(int fd, void* to, std::size_t count) {
         errno = static_cast<int>(-result);
         return -1;
     }
-    Record(result == 0 ? "read = end" : "read " + Hex({*byte}));
+    if (logging_) {
+        Record(result == 0 ? "read = end" : "read " + Hex({*byte}));
+    }
     return result;
 }
 
 long World::Write(int fd, const void* from, std::size_t count) {
     const auto* const bytes = static_cast<const unsigned char*>(from);
-    Record("write " + Hex(Bytes(bytes, bytes + count)));
+    if (logging_) {
+        Record("write " + Hex(Bytes(bytes, bytes + count)));
+    }
     const long result = files_.at(fd)->Write(bytes, count, now_);
     if (result < 0) {
         errno = static_cast<int>(-result);
@@ -128,8 +137,10 @@ std::optional<Interruption> World::TakeInterruption(std::deque<Interruption>& qu
     return taken;
 }
 
-int World::Poll(int fd, int timeout_ms, short* revents) {
-    Record("wait " + std::to_string(timeout_ms));
+int World::Poll(int fd, short events, int timeout_ms, short* revents) {
+    if (logging_) {
+        Record((events == POLLIN ? "wait " : "wait for no input ") + std::to_string(timeout_ms));
+    }
     const std::optional<Micros> input = files_.at(fd)->NextInput(now_);
     const Micros limit =
         timeout_ms < 0 ? ~Micros{0} - now_ : static_cast<Micros>(timeout_ms) * 1000;
@@ -148,7 +159,9 @@ int World::Poll(int fd, int timeout_ms, short* revents) {
 }
 
 int World::Fcntl(int /*fd*/, int command, long argument) {
-    Record("fcntl " + std::to_string(command) + " " + std::to_string(argument));
+    if (logging_) {
+        Record("fcntl " + std::to_string(command) + " " + std::to_string(argument));
+    }
     return 0;
 }
 
@@ -182,8 +195,13 @@ int World::Flush(int fd, int queue) {
 }
 
 int World::Usleep(unsigned us) {
-    Record(us % 1000 == 0 ? "sleep " + std::to_string(us / 1000)
-                          : "sleep " + std::to_string(us) + " us");
+    if (logging_) {
+        Record(us % 1000 == 0 ? "sleep " + std::to_string(us / 1000)
+                              : "sleep " + std::to_string(us) + " us");
+    }
+    if (on_sleep) {
+        on_sleep();
+    }
     if (const auto interruption = TakeInterruption(sleep_interruptions_, us)) {
         errno = interruption->error;
         return -1;
@@ -193,11 +211,21 @@ int World::Usleep(unsigned us) {
 }
 
 void World::Trace(const std::string& file, const std::string& text) {
-    traces_.push_back({file, text});
+    if (logging_) {
+        traces_.push_back({file, text});
+    }
+    if (on_trace) {
+        on_trace(text);
+    }
+    if (tracing_fails) {
+        throw std::runtime_error("no room for a trace");
+    }
 }
 
 void World::Detail(int code, const std::string& text) {
-    details_.push_back({code, text});
+    if (logging_) {
+        details_.push_back({code, text});
+    }
 }
 
 std::string Hex(const Bytes& bytes) {
@@ -267,7 +295,7 @@ ssize_t __wrap_write(int fd, const void* from, size_t count) {
 
 int __wrap_poll(pollfd* fds, nfds_t count, int timeout) {
     if (count == 1 && World::Get().Owns(fds->fd)) {
-        return World::Get().Poll(fds->fd, timeout, &fds->revents);
+        return World::Get().Poll(fds->fd, fds->events, timeout, &fds->revents);
     }
     return __real_poll(fds, count, timeout);
 }

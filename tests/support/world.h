@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <ctime>
 #include <deque>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -70,9 +71,12 @@ class World {
     // The requests alone, each as command and payload in hex: "36 00".
     std::vector<std::string> Requests() const;
     // The requests and every wait that is not one of the two 10 ms pauses of an exchange:
-    // {"7F", "sleep 50", "29 20"}.
+    // {"7F", "sleep 50", "29 20"}. What a test noted stands between them: "note TEXT".
     std::vector<std::string> Steps() const;
+    // An event of the test's own in the log.
+    void Note(const std::string& text) { Record("note " + text); }
     void ClearLog() { log_.clear(); }
+    // Off: nothing is recorded, neither calls nor traces nor details, for runs that count speed.
     void SetLogging(bool on) { logging_ = on; }
 
     // What was traced; nothing is written to disk unless asked for.
@@ -81,6 +85,8 @@ class World {
     std::string Traced(const std::string& file = "VeskTarvoM5.log") const;
     void ClearTraces() { traces_.clear(); }
     void WriteTracesToDisk(bool on) { traces_to_disk_ = on; }
+    // Called with every text that is traced. What it throws, the tracing step throws.
+    std::function<void(const std::string& text)> on_trace;
 
     // The details that protocol errors were raised with, in order. The driver drops them.
     const std::vector<ErrorDetail>& Details() const { return details_; }
@@ -91,6 +97,9 @@ class World {
     bool setattr_fails = false;
     std::time_t wall_clock = 0;  // what time() answers
 
+    std::function<void()> on_sleep;  // called when a pause begins
+    bool tracing_fails = false;      // every trace message throws
+
     // --- for the replaced calls
     bool Owns(int fd) const { return fd >= kFirstFd && files_.count(fd) != 0; }
     int Open(const char* path, int flags);
@@ -98,7 +107,7 @@ class World {
     int Close(int fd);
     long Read(int fd, void* to, std::size_t count);
     long Write(int fd, const void* from, std::size_t count);
-    int Poll(int fd, int timeout_ms, short* revents);
+    int Poll(int fd, short events, int timeout_ms, short* revents);
     int Fcntl(int fd, int command, long argument);
     int GetAttributes(int fd, termios* to);
     int SetAttributes(int fd, int action, const termios* from);

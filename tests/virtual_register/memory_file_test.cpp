@@ -145,9 +145,9 @@ TEST_F(MemoryFileOnDisk, IsReplacedAsAWhole) {
     const std::string path = folder + "/memory";
     EXPECT_FALSE(memory_file_exists(path));
     Bench bench = rich_bench();
-    save_memory(bench.model.memory(), path);
+    save_memory(bench.model.memory(), path, Durability::disk);
     bench.model.memory().checks = 77;
-    save_memory(bench.model.memory(), path);
+    save_memory(bench.model.memory(), path, Durability::disk);
     EXPECT_TRUE(memory_file_exists(path));
     EXPECT_FALSE(memory_file_exists(path + ".new"));
     EXPECT_EQ(77, load_memory(path).checks);
@@ -155,7 +155,7 @@ TEST_F(MemoryFileOnDisk, IsReplacedAsAWhole) {
 
 TEST_F(MemoryFileOnDisk, AFolderThatIsNotThereIsSaid) {
     const std::string path = folder + "/nowhere/memory";
-    EXPECT_THROW(save_memory(memory_of(303), path), MemoryFileError);
+    EXPECT_THROW(save_memory(memory_of(303), path, Durability::disk), MemoryFileError);
     EXPECT_THROW(load_memory(path), MemoryFileError);
 }
 
