@@ -6,7 +6,6 @@
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
-#include <stdexcept>
 
 namespace test {
 
@@ -216,9 +215,6 @@ void World::Trace(const std::string& file, const std::string& text) {
     }
     if (on_trace) {
         on_trace(text);
-    }
-    if (tracing_fails) {
-        throw std::runtime_error("no room for a trace");
     }
 }
 

@@ -98,7 +98,6 @@ class World {
     std::time_t wall_clock = 0;  // what time() answers
 
     std::function<void()> on_sleep;  // called when a pause begins
-    bool tracing_fails = false;      // every trace message throws
 
     // --- for the replaced calls
     bool Owns(int fd) const { return fd >= kFirstFd && files_.count(fd) != 0; }
