@@ -51,8 +51,9 @@ cxx_files() {
   find "${folders[@]}" -name '*.h' -o -name '*.cpp' | sort
 }
 
+# What shellcheck reads.
 shell_files() {
-  grep -lE '^#!.*bash|shellcheck shell=bash' .ci/run scripts/* tests/*/*.sh
+  { printf '%s\n' .ci/run scripts/common.sh && grep -rlE '^#!.*(ba)?sh$' scripts tests; } | sort
 }
 
 # The formatter whose taste the sources follow; releases of it disagree on small things.
