@@ -51,6 +51,8 @@ class Checker {
         : journal_(journal), side_(side), required_(required), figures_(figures) {}
 
     Wrong Check(const CallFacts& facts);
+    // Of the PrintChecks so far.
+    const std::vector<Verdict>& verdicts() const { return verdicts_; }
 
   private:
     // checker.cpp
@@ -76,6 +78,7 @@ class Checker {
     const RegisterSide& side_;
     const RequiredDriver& required_;
     Figures& figures_;
+    std::vector<Verdict> verdicts_;
 };
 
 }  // namespace simulation

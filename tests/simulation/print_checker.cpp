@@ -49,6 +49,7 @@ Wrong Checker::CheckPrint(const CallFacts& facts) {
     if (!verdict) {
         return why;
     }
+    verdicts_.push_back(*verdict);
     ++figures_.checks;
     ++figures_.verdicts[static_cast<std::size_t>(*verdict)];
     if (facts.answered.result == 0) {

@@ -100,6 +100,7 @@ class Session {
                 ++figures.faults[i];
             }
         }
+        result_.verdicts = checker_.verdicts();
         figures.violations = result_.violation.empty() ? 0 : 1;
         result_.exchanges = static_cast<std::uint32_t>(journal_.exchanges().size());
         return result_;

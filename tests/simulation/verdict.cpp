@@ -30,6 +30,16 @@ std::string_view NameOf(Remark remark) {
     return kNames[static_cast<std::size_t>(remark)];
 }
 
+std::string_view NameOf(Ending ending) {
+    static constexpr std::array<std::string_view, kEndings> kNames = {
+        "printed_at_once",
+        "printed_again",
+        "not_printed",
+        "unknown",
+    };
+    return kNames[static_cast<std::size_t>(ending)];
+}
+
 void Figures::Add(const Figures& other) {
     runs += other.runs;
     checks += other.checks;
@@ -41,6 +51,7 @@ void Figures::Add(const Figures& other) {
     AddTo(verdicts, other.verdicts);
     AddTo(remarks, other.remarks);
     AddTo(errors, other.errors);
+    AddTo(endings, other.endings);
 }
 
 }  // namespace simulation

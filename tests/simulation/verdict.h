@@ -53,6 +53,19 @@ enum class Remark : std::uint8_t {
 constexpr auto kRemarks = static_cast<std::size_t>(Remark::count);
 std::string_view NameOf(Remark remark);
 
+// How a reference check of a sweep ended, for a host that connects anew and prints again after a
+// failure.
+enum class Ending : std::uint8_t {
+    printed_at_once,
+    printed_again,  // the first call failed and registered nothing, the second one printed
+    not_printed,
+    unknown,  // a call fell into one of the windows
+    count
+};
+
+constexpr auto kEndings = static_cast<std::size_t>(Ending::count);
+std::string_view NameOf(Ending ending);
+
 constexpr std::size_t kErrorCodes = 72;
 
 // Sums of one run or of many.
@@ -67,6 +80,7 @@ struct Figures {
     std::array<std::uint64_t, kVerdicts> verdicts{};
     std::array<std::uint64_t, kRemarks> remarks{};
     std::array<std::uint64_t, kErrorCodes> errors{};  // of failed PrintChecks, by last error
+    std::array<std::uint64_t, kEndings> endings{};    // of sweeps
 
     void Add(const Figures& other);
 };
