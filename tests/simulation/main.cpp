@@ -26,6 +26,7 @@ struct Options {
     bool all_pairs = false;
     bool table = false;
     bool must_find = false;
+    bool truth_only = false;
     bool json = false;
     std::string expected_table;
 };
@@ -74,7 +75,9 @@ int Replay(const Options& options) {
         return 2;
     }
     std::string log;
-    const RunResult result = Runner().Run(scenario, options.log ? &log : nullptr);
+    Runner runner;
+    runner.truth_only = options.truth_only;
+    const RunResult result = runner.Run(scenario, options.log ? &log : nullptr);
     std::cout << log;
     if (result.violation.empty()) {
         std::cout << "no violation\n";
@@ -91,7 +94,9 @@ Summary Run(const Campaign& campaign, const Options& options, std::uint64_t chec
     Summary summary;
     summary.jobs = options.jobs;
     const auto chunks = static_cast<double>(campaign.Chunks());
-    RunCampaign(campaign, options.jobs, [&](std::size_t chunk, const Report& report) {
+    Runner runner;
+    runner.truth_only = options.truth_only;
+    RunCampaign(campaign, runner, options.jobs, [&](std::size_t chunk, const Report& report) {
         summary.figures.Add(report.figures);
         summary.violations.insert(summary.violations.end(), report.violations.begin(),
                                   report.violations.end());
@@ -177,6 +182,8 @@ int Main(int argc, char** argv) {
     app.add_option("--expect", options.expected_table, "with --sweep: a table that must come out")
         ->check(CLI::ExistingFile);
     app.add_flag("--must-find", options.must_find, "succeed at the first violation, fail without");
+    app.add_flag("--truth-only", options.truth_only,
+                 "look at the register's truth, not at what the driver had to do");
     app.add_flag("--json", options.json, "the summary for programs");
     CLI11_PARSE(app, argc, argv);
     if (options.seed || !options.one_case.empty()) {
