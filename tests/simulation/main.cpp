@@ -1,4 +1,5 @@
 // Whole checks under faults, from a seed or by a sweep.
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
@@ -40,6 +41,15 @@ class Clock {
   private:
     std::chrono::steady_clock::time_point begun_ = std::chrono::steady_clock::now();
 };
+
+double ProcessorSecondsOfChildren() {
+    rusage usage{};
+    getrusage(RUSAGE_CHILDREN, &usage);
+    const auto seconds = [](const timeval& time) {
+        return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) * 1e-6;
+    };
+    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
+}
 
 // A line on the terminal that is written over.
 class ProgressLine {
@@ -113,6 +123,7 @@ Summary Run(const Campaign& campaign, const Options& options, std::uint64_t chec
     });
     line.Clear();
     summary.seconds = clock.Seconds();
+    summary.processor_seconds = ProcessorSecondsOfChildren();
     return summary;
 }
 
@@ -171,7 +182,9 @@ int Main(int argc, char** argv) {
         "time, and holds what the driver says against the register's truth.");
     app.add_option("--checks", options.checks, "at least so many checks")->capture_default_str();
     app.add_option("--from", options.from, "the first seed")->capture_default_str();
-    app.add_option("--jobs", options.jobs, "processes")->check(CLI::Range(1U, 1024U));
+    app.add_option("--jobs", options.jobs, "processes")
+        ->check(CLI::Range(1U, 1024U))
+        ->envname("JOBS");
     auto* const seed = app.add_option("--seed", options.seed, "replay this seed alone");
     app.add_option("--case", options.one_case, "replay this case of a sweep alone")->excludes(seed);
     app.add_flag("--log", options.log, "tell the replayed run, exchange by exchange");
