@@ -11,7 +11,7 @@ const RunResult& Collector::Run(const Scenario& scenario, const std::string& rep
     if (before_run) {
         before_run(replay);
     }
-    result_ = runner_.Run(scenario);
+    result_ = runner.Run(scenario);
     figures.Add(result_.figures);
     if (!result_.violation.empty()) {
         violations.push_back({replay, result_.call + ": " + result_.violation});

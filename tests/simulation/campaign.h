@@ -25,9 +25,9 @@ class Collector {
     std::vector<Violation> violations;
     // Told before each run, so that a run that crashes the process can be named.
     std::function<void(const std::string& replay)> before_run;
+    Runner runner;
 
   private:
-    Runner runner_;
     RunResult result_;
 };
 
@@ -61,6 +61,7 @@ struct Report {
 using Progress = std::function<bool(std::size_t chunk, const Report& of_chunk)>;
 
 // Runs the chunks in `jobs` processes and hands their reports out in their order.
-void RunCampaign(const Campaign& campaign, unsigned jobs, const Progress& progress);
+void RunCampaign(const Campaign& campaign, const Runner& runner, unsigned jobs,
+                 const Progress& progress);
 
 }  // namespace simulation

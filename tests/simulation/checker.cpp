@@ -34,6 +34,14 @@ Wrong Checker::Check(const CallFacts& facts) {
             return wrong;
         }
     }
+    return CheckTruth(facts);
+}
+
+Wrong Checker::CheckTruth(const CallFacts& facts) {
+    if (facts.answered.threw && facts.call->kind != CallKind::set_cash &&
+        facts.call->kind != CallKind::set_cash_over_total) {
+        return "an exception left the call";
+    }
     return facts.call->kind == CallKind::print_check ? CheckPrint(facts) : CheckOutside(facts);
 }
 

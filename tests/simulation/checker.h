@@ -51,6 +51,8 @@ class Checker {
         : journal_(journal), side_(side), required_(required), figures_(figures) {}
 
     Wrong Check(const CallFacts& facts);
+    // The same without what the second driver says about the call.
+    Wrong CheckTruth(const CallFacts& facts);
     // Of the PrintChecks so far.
     const std::vector<Verdict>& verdicts() const { return verdicts_; }
 
@@ -66,10 +68,14 @@ class Checker {
     // print_checker.cpp
     Wrong CheckPrint(const CallFacts& facts);
     std::optional<Verdict> Judge(const CallFacts& facts, std::string& why) const;
+    std::optional<Verdict> JudgeLeftOver(const CallFacts& facts, bool by_key) const;
     std::optional<Verdict> JudgeNothingRegistered(const CallFacts& facts, std::string& why) const;
     std::optional<Verdict> JudgeSuccess(const Disturbances& seen, std::string& why) const;
     std::optional<Verdict> JudgeFailure(const CallFacts& facts, std::uint32_t registered_at) const;
-    bool CountersGotThrough(std::uint32_t behind_exchange) const;
+    std::optional<Verdict> CountersUnread(std::uint32_t behind_exchange) const;
+    bool WasRegistered(const CallFacts& facts) const {
+        return !side_.registrations().empty() && side_.registrations().back().call == facts.number;
+    }
     Wrong CheckPaper(const CallFacts& facts);
     Wrong CheckCause(const CallFacts& facts) const;
     Wrong CheckCleanUp(const CallFacts& facts);

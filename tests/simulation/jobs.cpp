@@ -79,7 +79,7 @@ bool Take(int pipe, Report& report) {
 
 class Worker {
   public:
-    Worker(const Campaign& campaign, std::size_t first, std::size_t step)
+    Worker(const Campaign& campaign, const Runner& runner, std::size_t first, std::size_t step)
         : doing_(static_cast<Doing*>(mmap(nullptr, sizeof(Doing), PROT_READ | PROT_WRITE,
                                           MAP_SHARED | MAP_ANONYMOUS, -1, 0))) {
         int ends[2];
@@ -92,7 +92,7 @@ class Worker {
         }
         if (pid_ == 0) {
             close(ends[0]);
-            Work(campaign, first, step, ends[1]);
+            Work(campaign, runner, first, step, ends[1]);
         }
         close(ends[1]);
         pipe_ = ends[0];
@@ -127,9 +127,10 @@ class Worker {
     bool died() const { return reaped_; }
 
   private:
-    [[noreturn]] void Work(const Campaign& campaign, std::size_t first, std::size_t step,
-                           int pipe) const {
+    [[noreturn]] void Work(const Campaign& campaign, const Runner& runner, std::size_t first,
+                           std::size_t step, int pipe) const {
         Collector collector;
+        collector.runner = runner;
         collector.before_run = [this](const std::string& replay) {
             std::strncpy(doing_->data(), replay.c_str(), kReplayRoom - 1);
         };
@@ -156,11 +157,12 @@ class Worker {
 
 }  // namespace
 
-void RunCampaign(const Campaign& campaign, unsigned jobs, const Progress& progress) {
+void RunCampaign(const Campaign& campaign, const Runner& runner, unsigned jobs,
+                 const Progress& progress) {
     signal(SIGPIPE, SIG_IGN);
     std::vector<std::unique_ptr<Worker>> workers;
     for (unsigned i = 0; i < jobs; ++i) {
-        workers.push_back(std::make_unique<Worker>(campaign, i, jobs));
+        workers.push_back(std::make_unique<Worker>(campaign, runner, i, jobs));
     }
     for (std::size_t chunk = 0; chunk < campaign.Chunks(); ++chunk) {
         Worker& worker = *workers[chunk % jobs];

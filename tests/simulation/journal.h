@@ -59,6 +59,7 @@ struct ExchangeFacts {
     bool taken = false;      // the register took the request as it was written
     bool misread = false;    // it took another one that the bytes on the line happened to make
     bool disturbed = false;  // a fault that can do harm touched it
+    bool slipped = false;    // the driver read bytes of an earlier answer
     bool forged = false;     // the driver took a whole good frame that is no answer to this request
 };
 

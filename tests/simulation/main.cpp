@@ -1,4 +1,5 @@
 // Whole checks under faults, from a seed or by a sweep.
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
@@ -26,6 +27,7 @@ struct Options {
     bool all_pairs = false;
     bool table = false;
     bool must_find = false;
+    bool truth_only = false;
     bool json = false;
     std::string expected_table;
 };
@@ -39,6 +41,15 @@ class Clock {
   private:
     std::chrono::steady_clock::time_point begun_ = std::chrono::steady_clock::now();
 };
+
+double ProcessorSecondsOfChildren() {
+    rusage usage{};
+    getrusage(RUSAGE_CHILDREN, &usage);
+    const auto seconds = [](const timeval& time) {
+        return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) * 1e-6;
+    };
+    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
+}
 
 // A line on the terminal that is written over.
 class ProgressLine {
@@ -74,7 +85,9 @@ int Replay(const Options& options) {
         return 2;
     }
     std::string log;
-    const RunResult result = Runner().Run(scenario, options.log ? &log : nullptr);
+    Runner runner;
+    runner.truth_only = options.truth_only;
+    const RunResult result = runner.Run(scenario, options.log ? &log : nullptr);
     std::cout << log;
     if (result.violation.empty()) {
         std::cout << "no violation\n";
@@ -91,7 +104,9 @@ Summary Run(const Campaign& campaign, const Options& options, std::uint64_t chec
     Summary summary;
     summary.jobs = options.jobs;
     const auto chunks = static_cast<double>(campaign.Chunks());
-    RunCampaign(campaign, options.jobs, [&](std::size_t chunk, const Report& report) {
+    Runner runner;
+    runner.truth_only = options.truth_only;
+    RunCampaign(campaign, runner, options.jobs, [&](std::size_t chunk, const Report& report) {
         summary.figures.Add(report.figures);
         summary.violations.insert(summary.violations.end(), report.violations.begin(),
                                   report.violations.end());
@@ -108,6 +123,7 @@ Summary Run(const Campaign& campaign, const Options& options, std::uint64_t chec
     });
     line.Clear();
     summary.seconds = clock.Seconds();
+    summary.processor_seconds = ProcessorSecondsOfChildren();
     return summary;
 }
 
@@ -166,7 +182,9 @@ int Main(int argc, char** argv) {
         "time, and holds what the driver says against the register's truth.");
     app.add_option("--checks", options.checks, "at least so many checks")->capture_default_str();
     app.add_option("--from", options.from, "the first seed")->capture_default_str();
-    app.add_option("--jobs", options.jobs, "processes")->check(CLI::Range(1U, 1024U));
+    app.add_option("--jobs", options.jobs, "processes")
+        ->check(CLI::Range(1U, 1024U))
+        ->envname("JOBS");
     auto* const seed = app.add_option("--seed", options.seed, "replay this seed alone");
     app.add_option("--case", options.one_case, "replay this case of a sweep alone")->excludes(seed);
     app.add_flag("--log", options.log, "tell the replayed run, exchange by exchange");
@@ -177,6 +195,8 @@ int Main(int argc, char** argv) {
     app.add_option("--expect", options.expected_table, "with --sweep: a table that must come out")
         ->check(CLI::ExistingFile);
     app.add_flag("--must-find", options.must_find, "succeed at the first violation, fail without");
+    app.add_flag("--truth-only", options.truth_only,
+                 "look at the register's truth, not at what the driver had to do");
     app.add_flag("--json", options.json, "the summary for programs");
     CLI11_PARSE(app, argc, argv);
     if (options.seed || !options.one_case.empty()) {

@@ -66,10 +66,12 @@ std::optional<Verdict> Checker::Judge(const CallFacts& facts, std::string& why) 
     std::size_t own = 0;
     std::size_t left_over = 0;
     std::uint32_t registered_at = 0;
+    bool by_key = false;
     for (const Registration& one : side_.registrations()) {
         if (one.call == facts.number) {
             ++(one.born_in == facts.number ? own : left_over);
             registered_at = one.exchange;
+            by_key = by_key || one.by_key;
         }
     }
     if (own > 1) {
@@ -77,7 +79,8 @@ std::optional<Verdict> Checker::Judge(const CallFacts& facts, std::string& why) 
         return std::nullopt;
     }
     if (left_over > 0) {
-        return Verdict::left_over_printed;
+        why = "a check that an earlier call left behind was registered";
+        return JudgeLeftOver(facts, by_key);
     }
     if (own == 0) {
         return JudgeNothingRegistered(facts, why);
@@ -88,6 +91,16 @@ std::optional<Verdict> Checker::Judge(const CallFacts& facts, std::string& why) 
     why = "PrintCheck gave 0 with code " + std::to_string(facts.answered.error) +
           " and a check was registered";
     return JudgeFailure(facts, registered_at);
+}
+
+// The driver cancels what it finds open; only one that was misled about the register's state, or
+// the cashier, brings it out.
+std::optional<Verdict> Checker::JudgeLeftOver(const CallFacts& facts, bool by_key) const {
+    const Disturbances seen = Look(facts.first_exchange);
+    if (by_key || side_.is_busy() || seen.misread || seen.Forged(kStatus)) {
+        return Verdict::left_over_printed;
+    }
+    return std::nullopt;
 }
 
 std::optional<Verdict> Checker::JudgeNothingRegistered(const CallFacts& facts,
@@ -135,8 +148,11 @@ std::optional<Verdict> Checker::JudgeFailure(const CallFacts& facts,
     const Disturbances seen = Look(facts.first_exchange);
     const auto& memory = side_.model().memory();
     const auto& printed = side_.model().printed().back();
-    if (!CountersGotThrough(registered_at)) {
-        return Verdict::counters_unread;
+    if (seen.Forged(kStatistics)) {
+        return Verdict::counters_forged;
+    }
+    if (const auto unread = CountersUnread(registered_at)) {
+        return unread;
     }
     if (side_.changes_by_cashier() > 0) {
         return Verdict::changed_by_cashier;
@@ -145,9 +161,6 @@ std::optional<Verdict> Checker::JudgeFailure(const CallFacts& facts,
                          (memory.checks == 0 || memory.tape.count() < printed.lines.size());
     if (wrapped) {
         return Verdict::counters_wrapped;
-    }
-    if (seen.Forged(kStatistics)) {
-        return Verdict::counters_forged;
     }
     if (seen.misread) {
         return Verdict::request_misread;
@@ -160,16 +173,25 @@ std::optional<Verdict> Checker::JudgeFailure(const CallFacts& facts,
     return std::nullopt;
 }
 
-// Did a statistics answer reach the driver as the register gave it, behind this exchange?
-bool Checker::CountersGotThrough(std::uint32_t behind_exchange) const {
+// Behind this exchange the driver asked for the counters, and no answer of the register's reached
+// it whole.
+std::optional<Verdict> Checker::CountersUnread(std::uint32_t behind_exchange) const {
     const auto& exchanges = journal_.exchanges();
+    std::optional<Verdict> unread;
     for (std::size_t i = behind_exchange + 1; i < exchanges.size(); ++i) {
         const ExchangeFacts& one = exchanges[i];
-        if (one.command == kStatistics && one.taken && one.answer_count != 0 && !one.disturbed) {
-            return true;
+        if (one.command != kStatistics) {
+            continue;
         }
+        if (one.taken && one.answer_count != 0 && !one.disturbed) {
+            return std::nullopt;
+        }
+        // On a slow line a driver that gives an answer up at its first byte asks again before the
+        // rest of it is through; that rest is what it reads next, and so on.
+        unread = one.slipped && one.answer_count != 0 ? Verdict::answers_slipped
+                                                      : Verdict::counters_unread;
     }
-    return false;
+    return unread;
 }
 
 Wrong Checker::CheckPaper(const CallFacts& facts) {
@@ -222,8 +244,7 @@ Wrong Checker::CheckCause(const CallFacts& facts) const {
             // or a driver that found another firmware than there is.
             explained = seen.any || side_.is_busy() || said.refused_discount ||
                         required_.version() == 0 || side_.changes_by_cashier() > 0 ||
-                        required_.version() != side_.firmware_as_reported() ||
-                        !side_.registrations().empty();
+                        required_.version() != side_.firmware_as_reported() || WasRegistered(facts);
             break;
         default:
             break;

@@ -20,6 +20,10 @@ struct RunResult {
 
 class Runner {
   public:
+    // Looks at the register's truth alone: a driver that does otherwise than the second one is let
+    // go on to the end of its call. It shows what the promises find by themselves.
+    bool truth_only = false;
+
     // With a log the run is told in readable form.
     RunResult Run(const Scenario& scenario, std::string* log = nullptr);
 

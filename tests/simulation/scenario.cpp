@@ -22,6 +22,7 @@ void DrawRegister(Random random, RegisterPlan& plan) {
     if (random.Chance(30)) {
         plan.lines_in_open_check = 1 + random.Below(3);
         plan.open_check_closed = random.Chance(500);
+        plan.in_check_out = random.Chance(500);
     }
 }
 
@@ -55,6 +56,7 @@ void DrawScenario(std::uint64_t seed, Scenario& scenario) {
     DrawRegister(random.Branch(), scenario.kkm);
     scenario.line.baud = random.Chance(500) ? 9600 : 57600;
     scenario.line.net_number = static_cast<std::uint8_t>(1 + random.Below(255));
+    scenario.line.deaf_while_sending = random.Chance(500);
     scenario.line.latency_us = 500 + random.Below(8'000);
     DrawCashier(random.Branch(), scenario.cashier);
     DrawHost(random.Branch(), scenario.host);

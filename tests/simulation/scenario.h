@@ -25,6 +25,7 @@ struct RegisterPlan {
     bool paper_out = false;
     std::uint32_t lines_in_open_check = 0;
     bool open_check_closed = false;
+    bool in_check_out = true;  // a closed check, else the register is still ready
 };
 
 struct Scenario {

@@ -131,6 +131,7 @@ int SimulatedLine::Read(Micros now) {
     input_.pop();
     if (byte.exchange != Present()) {
         journal_.exchanges().back().disturbed = true;
+        journal_.exchanges().back().slipped = true;
     }
     return byte.value;
 }
@@ -159,7 +160,7 @@ void SimulatedLine::Deliver(Micros until) {
 }
 
 void SimulatedLine::Take(const virtual_register::Request& request, Micros now) {
-    if (IsDead(now)) {
+    if (IsDead(now) || (settings_.deaf_while_sending && now < sending_until_)) {
         return;
     }
     ExchangeFacts& facts = journal_.exchanges().back();

@@ -14,9 +14,10 @@
 namespace simulation {
 
 struct LineSettings {
-    int baud = 9600;              // the register's; at another one both sides hear nothing
-    std::uint8_t net_number = 1;  // the register's
-    Micros latency_us = 2000;     // from the last byte of a request to the first of its answer
+    int baud = 9600;                  // the register's; at another one both sides hear nothing
+    std::uint8_t net_number = 1;      // the register's
+    bool deaf_while_sending = false;  // the register takes no request before its answer is out
+    Micros latency_us = 2000;         // from the last byte of a request to the first of its answer
 };
 
 class SimulatedLine {

@@ -45,8 +45,8 @@ double BoundAtNone(std::uint64_t checks) {
     return checks == 0 ? 1 : 3.0 / static_cast<double>(checks);
 }
 
-double PerSecond(const Summary& summary) {
-    return summary.seconds > 0 ? static_cast<double>(summary.figures.checks) / summary.seconds : 0;
+double PerSecond(const Summary& summary, double seconds) {
+    return seconds > 0 ? static_cast<double>(summary.figures.checks) / seconds : 0;
 }
 
 }  // namespace
@@ -73,15 +73,16 @@ std::string AsText(const Summary& summary) {
     }
     Add(text, "violations                   %12" PRIu64 "\n", all.violations);
     for (std::size_t i = 0; i < summary.violations.size() && i < kViolationsShown; ++i) {
-        text += "  " + summary.violations[i].text + "\n    replay: simulate --log " +
+        text += "  " + summary.violations[i].text + "\n    replay: scripts/simulate --log " +
                 summary.violations[i].replay + "\n";
     }
     if (all.violations == 0) {
         Add(text, "a violation is rarer than 1 in %.0f checks (95%%)\n",
             1 / BoundAtNone(all.checks));
     }
-    Add(text, "%.1f s on %u jobs, %.0f checks a second, %.0f a second and job\n", summary.seconds,
-        summary.jobs, PerSecond(summary), PerSecond(summary) / summary.jobs);
+    Add(text, "%.1f s on %u jobs: %.0f checks a second, %.0f a second of one processor\n",
+        summary.seconds, summary.jobs, PerSecond(summary, summary.seconds),
+        PerSecond(summary, summary.processor_seconds));
     return text;
 }
 
@@ -112,7 +113,9 @@ std::string AsJson(const Summary& summary) {
     json["bound_95"] = all.violations == 0 ? BoundAtNone(all.checks) : 1.0;
     json["seconds"] = summary.seconds;
     json["jobs"] = summary.jobs;
-    json["checks_per_second"] = PerSecond(summary);
+    json["processor_seconds"] = summary.processor_seconds;
+    json["checks_per_second"] = PerSecond(summary, summary.seconds);
+    json["checks_per_processor_second"] = PerSecond(summary, summary.processor_seconds);
     return json.dump(2) + "\n";
 }
 

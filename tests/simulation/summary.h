@@ -13,6 +13,7 @@ struct Summary {
     Figures figures;
     std::vector<Violation> violations;
     double seconds = 0;
+    double processor_seconds = 0;
     unsigned jobs = 1;
 };
 

@@ -14,10 +14,19 @@ void AddTo(Array& sums, const Array& more) {
 
 std::string_view NameOf(Verdict verdict) {
     static constexpr std::array<std::string_view, kVerdicts> kNames = {
-        "printed",          "failed",          "counters_unread",
-        "counters_wrapped", "counters_forged", "changed_by_cashier",
-        "request_misread",  "answer_forged",   "left_over_printed",
-        "polled_silence",   "polled_idle",     "polled_open_check",
+        "printed",
+        "failed",
+        "counters_unread",
+        "answers_slipped",
+        "counters_wrapped",
+        "counters_forged",
+        "changed_by_cashier",
+        "request_misread",
+        "answer_forged",
+        "left_over_printed",
+        "polled_silence",
+        "polled_idle",
+        "polled_open_check",
     };
     return kNames[static_cast<std::size_t>(verdict)];
 }

@@ -19,6 +19,7 @@ enum class Verdict : std::uint8_t {
     // Windows: the driver cannot know. Each has its condition, taken from the register's truth and
     // the faults, in checker.cpp; a result that meets none of them is a violation.
     counters_unread,     // 0: registered, but no statistics answer got through behind it
+    answers_slipped,     // 0: the same, with a living line on which each answer came too late
     counters_wrapped,    // 0: registered, and a counter went round
     counters_forged,     // 0 or 1: a statistics answer was not what the register said
     changed_by_cashier,  // 0 or 1: somebody worked at an unlocked keyboard in the middle of it

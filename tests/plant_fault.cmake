@@ -1,0 +1,16 @@
+# plant_fault(OUT NAME SOURCE GOOD FAULTY): copies src/SOURCE with one text replaced. OUT is the copy.
+# A text that is gone stops the configuration, so that no test runs without its fault.
+function(plant_fault out name source good_code faulty_code)
+  set(original ${PROJECT_SOURCE_DIR}/src/${source})
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${original})
+  file(READ ${original} code)
+  string(FIND "${code}" "${good_code}" first)
+  string(FIND "${code}" "${good_code}" last REVERSE)
+  if(first EQUAL -1 OR NOT first EQUAL last)
+    message(FATAL_ERROR "not once in src/${source}, to plant a fault in: ${good_code}")
+  endif()
+  string(REPLACE "${good_code}" "${faulty_code}" planted "${code}")
+  set(planted_file ${CMAKE_CURRENT_BINARY_DIR}/${name}.cpp)
+  file(CONFIGURE OUTPUT ${planted_file} CONTENT "@planted@" @ONLY)
+  set(${out} ${planted_file} PARENT_SCOPE)
+endfunction()
