@@ -5,7 +5,7 @@
 
 static void require(int done, const char* step) {
     if (done == 0) {
-        std::printf("%s: error %d\n", step, GetErrorCode());
+        std::printf("%s: %s\n", step, KKMErrorAdvice(GetErrorCode()));
         DisconnectKKM();
         std::exit(1);
     }

@@ -86,6 +86,20 @@ void DisconnectKKM() {
 int GetErrorCode() {
     return FakeLibrary::Get().error;
 }
+const char* KKMErrorName(int code) {
+    switch (code) {
+        case echNoPort:
+            return "echNoPort";
+        case echDevice:
+            return "echDevice";
+        default:
+            return "echOther";
+    }
+}
+const char* KKMErrorAdvice(int /*code*/) {
+    return "A first sentence says what happened to the register. A second one, which is longer "
+           "than the first and does not fit its line, says what to do.";
+}
 
 int cbAddSale(char* name, double price, double quantity, int section) {
     const std::string arguments = test::Hex(name) + ", " + test::Fixed(price, 2) + ", " +

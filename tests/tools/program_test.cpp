@@ -184,7 +184,7 @@ TEST_F(ProgramTest, HostExamplePrintsItsCheck) {
 
 TEST_F(ProgramTest, HostExampleWithoutADeviceSaysWhatFailed) {
     EXPECT_EQ(Sh(HOST_EXAMPLE), 1);
-    EXPECT_EQ(output, "connect: error 12\n");
+    EXPECT_THAT(output, StartsWith("connect: An argument is out of its range or a null pointer."));
 }
 
 }  // namespace

@@ -39,7 +39,7 @@ TEST(Readme, NamesEveryFunctionOfTheHeader) {
     EXPECT_GE(functions.size(), 45U);
     const std::string readme = File("README.md");
     for (const std::string& function : functions) {
-        EXPECT_THAT(readme, HasSubstr("`" + function + "("));
+        EXPECT_NE(readme.find("`" + function + "("), std::string::npos) << function;
     }
 }
 
@@ -53,7 +53,8 @@ TEST(Readme, ExplainsEveryErrorCodeOfTheHeader) {
             continue;
         }
         ++codes;
-        EXPECT_THAT(readme, HasSubstr("| " + (*i)[2].str() + " | `" + (*i)[1].str() + "` | "));
+        const std::string row = "| " + (*i)[2].str() + " | `" + (*i)[1].str() + "` | ";
+        EXPECT_NE(readme.find(row), std::string::npos) << row;
     }
     EXPECT_EQ(codes, 16);
 }

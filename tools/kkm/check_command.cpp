@@ -3,7 +3,6 @@
 #include <optional>
 
 #include "VeskTarvoM5/VeskTarvoM5.h"
-#include "kkm/advice.h"
 #include "kkm/encoding.h"
 #include "kkm/figures.h"
 #include "kkm/progress.h"

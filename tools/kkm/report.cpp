@@ -1,11 +1,31 @@
 #include "kkm/report.h"
 
 #include <nlohmann/json.hpp>
+#include <sstream>
 
 #include "VeskTarvoM5/VeskTarvoM5.h"
-#include "kkm/advice.h"
 
 namespace kkm {
+namespace {
+
+constexpr std::size_t kLineLength = 80;
+
+// The words in lines, each indented.
+std::string Wrapped(const std::string& text, const std::string& indent) {
+    std::istringstream words(text);
+    std::string lines;
+    std::string line = indent;
+    for (std::string word; words >> word;) {
+        if (line.size() > indent.size() && line.size() + 1 + word.size() > kLineLength) {
+            lines += line + "\n";
+            line = indent;
+        }
+        line += (line.size() > indent.size() ? " " : "") + word;
+    }
+    return lines + line + "\n";
+}
+
+}  // namespace
 
 void Require(int result, ExitStatus status, const std::string& what) {
     if (result == 0) {
@@ -14,19 +34,17 @@ void Require(int result, ExitStatus status, const std::string& what) {
 }
 
 void ReportFailure(const RegisterFailure& failure, std::ostream& to) {
-    const Advice advice = AdviceFor(failure.code());
-    to << "kkm: " << failure.what() << " (error " << failure.code() << ", " << advice.name << ")\n"
-       << "     " << advice.happened << "\n     " << advice.remedy << std::endl;
+    to << "kkm: " << failure.what() << " (error " << failure.code() << ", "
+       << KKMErrorName(failure.code()) << ")\n"
+       << Wrapped(KKMErrorAdvice(failure.code()), "     ") << std::flush;
 }
 
 void ReportFailureAsJson(const RegisterFailure& failure, std::ostream& to) {
-    const Advice advice = AdviceFor(failure.code());
     nlohmann::ordered_json error;
     error["what"] = failure.what();
     error["code"] = failure.code();
-    error["name"] = advice.name;
-    error["happened"] = advice.happened;
-    error["remedy"] = advice.remedy;
+    error["name"] = KKMErrorName(failure.code());
+    error["advice"] = KKMErrorAdvice(failure.code());
     to << nlohmann::ordered_json{{"error", error}}.dump(2) << std::endl;
 }
 

@@ -25,7 +25,7 @@ class RegisterFailure : public std::runtime_error {
 // Throws a RegisterFailure with the library's last error when `result` is 0.
 void Require(int result, ExitStatus status, const std::string& what);
 
-// What failed, the code with its name, what happened and what to do.
+// What failed, the code with its name, what happened and what to do, in lines of 80 letters.
 void ReportFailure(const RegisterFailure& failure, std::ostream& to);
 // The same as a JSON object { "error": { ... } }.
 void ReportFailureAsJson(const RegisterFailure& failure, std::ostream& to);
