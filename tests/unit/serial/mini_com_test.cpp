@@ -250,6 +250,12 @@ TEST_F(OpenPortTest, SignalDoesNotShortenAWaitByAPartOfAMillisecond) {
     EXPECT_EQ(world.Log(), (Log{"wait 100", "wait 100"}));
 }
 
+TEST_F(OpenPortTest, SignalLeavesALongWaitItsWholeLength) {
+    world.InterruptPoll(0, EINTR);
+    EXPECT_EQ(MillisecondsOf([&] { EXPECT_EQ(port.waitComEvent(10'000), 0); }), 10'000U);
+    EXPECT_EQ(world.Log(), (Log{"wait 10000", "wait 10000"}));
+}
+
 TEST_F(OpenPortTest, ManySignalsDoNotShortenOrStretchAWait) {
     for (int i = 0; i < 30; ++i) {
         world.InterruptPoll(10, EINTR);
