@@ -255,7 +255,7 @@ void Service::obey_prompt() {
         return;
     }
     typed_.append(bytes, static_cast<std::size_t>(count));
-    for (std::size_t end; (end = typed_.find('\n')) != std::string::npos && !quit_;) {
+    for (std::size_t end = 0; (end = typed_.find('\n')) != std::string::npos && !quit_;) {
         model_.advance(now_us());
         const PromptAnswer answer = obey(model_, std::string_view(typed_).substr(0, end));
         typed_.erase(0, end + 1);
