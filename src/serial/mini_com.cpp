@@ -62,14 +62,15 @@ void CMiniCom::purgeComm(unsigned /*flags*/) {
 int CMiniCom::waitComEvent(unsigned ms) {
     pollfd event{handle_, POLLIN, 0};
     std::uint64_t left_ms = ms;
-    const std::uint64_t end_ms = MonotonicMs() + left_ms;
+    const std::uint64_t end_us = MonotonicUs() + left_ms * 1'000;
     for (;;) {
         const int result = poll(&event, 1, static_cast<int>(std::min(left_ms, kLongestPollMs)));
         if (result != -1 || errno != EINTR) {
             return result;
         }
-        const std::uint64_t now_ms = MonotonicMs();
-        left_ms = now_ms < end_ms ? std::min(left_ms, end_ms - now_ms) : 0;
+        const std::uint64_t now_us = MonotonicUs();
+        // Rounded up: a signal must not take a part of a millisecond from the limit either.
+        left_ms = now_us < end_us ? (end_us - now_us + 999) / 1'000 : 0;
     }
 }
 

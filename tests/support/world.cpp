@@ -1,10 +1,7 @@
 #include "support/world.h"
 
-#include <poll.h>
-
 #include <algorithm>
 #include <cerrno>
-#include <cstdarg>
 #include <cstdio>
 #include <stdexcept>
 
@@ -74,6 +71,11 @@ std::string World::Traced(const std::string& file) const {
         }
     }
     return text;
+}
+
+bool World::OwnsPath(const char* path) const {
+    const std::string name = path;
+    return name.rfind("/dev/tty", 0) == 0 || devices_.count(name) != 0;
 }
 
 int World::Open(const char* path, int flags) {
@@ -210,7 +212,7 @@ int World::Usleep(unsigned us) {
     return 0;
 }
 
-void World::Trace(const std::string& file, const std::string& text) {
+bool World::Trace(const std::string& file, const std::string& text) {
     if (logging_) {
         traces_.push_back({file, text});
     }
@@ -220,6 +222,7 @@ void World::Trace(const std::string& file, const std::string& text) {
     if (tracing_fails) {
         throw std::runtime_error("no room for a trace");
     }
+    return traces_to_disk_;
 }
 
 void World::Detail(int code, const std::string& text) {
@@ -250,122 +253,3 @@ Bytes FromHex(const std::string& text) {
 }
 
 }  // namespace test
-
-// ---------------------------------------------------------------------------------------------
-// The replaced calls. Descriptors that are not the world's go to the real system.
-
-using test::World;
-class CTarvo;
-class ETarvo;
-
-extern "C" {
-
-int __real_open(const char* path, int flags, ...);
-int __real_close(int fd);
-ssize_t __real_read(int fd, void* to, size_t count);
-ssize_t __real_write(int fd, const void* from, size_t count);
-int __real_poll(pollfd* fds, nfds_t count, int timeout);
-int __real_fcntl(int fd, int command, ...);
-int __real_tcgetattr(int fd, termios* to);
-int __real_tcsetattr(int fd, int action, const termios* from);
-int __real_tcflush(int fd, int queue);
-int __real_clock_gettime(clockid_t clock, timespec* to);
-
-int __wrap_open(const char* path, int flags, ...) {
-    std::va_list rest;
-    va_start(rest, flags);
-    const int mode = va_arg(rest, int);
-    va_end(rest);
-    const bool device = std::string(path).rfind("/dev/tty", 0) == 0 || World::Get().HasPath(path);
-    return device ? World::Get().Open(path, flags) : __real_open(path, flags, mode);
-}
-
-int __wrap_close(int fd) {
-    return World::Get().Owns(fd) ? World::Get().Close(fd) : __real_close(fd);
-}
-
-ssize_t __wrap_read(int fd, void* to, size_t count) {
-    return World::Get().Owns(fd) ? World::Get().Read(fd, to, count) : __real_read(fd, to, count);
-}
-
-ssize_t __wrap_write(int fd, const void* from, size_t count) {
-    return World::Get().Owns(fd) ? World::Get().Write(fd, from, count)
-                                 : __real_write(fd, from, count);
-}
-
-int __wrap_poll(pollfd* fds, nfds_t count, int timeout) {
-    if (count == 1 && World::Get().Owns(fds->fd)) {
-        return World::Get().Poll(fds->fd, fds->events, timeout, &fds->revents);
-    }
-    return __real_poll(fds, count, timeout);
-}
-
-int __wrap_fcntl(int fd, int command, ...) {
-    std::va_list rest;
-    va_start(rest, command);
-    const long argument = va_arg(rest, long);
-    va_end(rest);
-    return World::Get().Owns(fd) ? World::Get().Fcntl(fd, command, argument)
-                                 : __real_fcntl(fd, command, argument);
-}
-
-int __wrap_tcgetattr(int fd, termios* to) {
-    return World::Get().Owns(fd) ? World::Get().GetAttributes(fd, to) : __real_tcgetattr(fd, to);
-}
-
-int __wrap_tcsetattr(int fd, int action, const termios* from) {
-    return World::Get().Owns(fd) ? World::Get().SetAttributes(fd, action, from)
-                                 : __real_tcsetattr(fd, action, from);
-}
-
-int __wrap_tcflush(int fd, int queue) {
-    return World::Get().Owns(fd) ? World::Get().Flush(fd, queue) : __real_tcflush(fd, queue);
-}
-
-int __wrap_usleep(useconds_t us) {
-    return World::Get().Usleep(us);
-}
-
-int __wrap_clock_gettime(clockid_t clock, timespec* to) {
-    if (clock != CLOCK_MONOTONIC) {
-        return __real_clock_gettime(clock, to);
-    }
-    // A look at the clock takes time, or a loop without pauses would never reach its limit.
-    World::Get().Advance(1);
-    const test::Micros now = World::Get().Now();
-    to->tv_sec = static_cast<std::time_t>(now / 1'000'000);
-    to->tv_nsec = static_cast<long>(now % 1'000'000 * 1000);
-    return 0;
-}
-
-std::time_t __wrap_time(std::time_t* to) {
-    if (to != nullptr) {
-        *to = World::Get().wall_clock;
-    }
-    return World::Get().wall_clock;
-}
-
-}  // extern "C"
-
-#define STRING_ARGUMENT "NSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEE"
-
-void RealTrace(const std::string& file,
-               const std::string& text) __asm__("__real__Z12TraceLogFileRK" STRING_ARGUMENT "S6_");
-void WrapTrace(const std::string& file,
-               const std::string& text) __asm__("__wrap__Z12TraceLogFileRK" STRING_ARGUMENT "S6_");
-void RealError(ETarvo* error, CTarvo* source, int code, const std::string& detail) __asm__(
-    "__real__ZN6ETarvoC1EP6CTarvoiRK" STRING_ARGUMENT);
-void WrapError(ETarvo* error, CTarvo* source, int code, const std::string& detail) __asm__(
-    "__wrap__ZN6ETarvoC1EP6CTarvoiRK" STRING_ARGUMENT);
-
-void WrapTrace(const std::string& file, const std::string& text) {
-    World::Get().Trace(file, text);
-    if (World::Get().TracesToDisk()) {
-        RealTrace(file, text);
-    }
-}
-
-void WrapError(ETarvo* error, CTarvo* source, int code, const std::string& detail) {
-    World::Get().Detail(code, detail);
-    RealError(error, source, code, detail);
-}

@@ -1,22 +1,17 @@
-// The operating system as the tests play it. The driver's POSIX calls are replaced at link time, so
-// that the objects that ship run on a virtual clock against a virtual device.
+// The operating system as the unit tests play it.
 #pragma once
 
-#include <termios.h>
-
-#include <cstdint>
-#include <ctime>
 #include <deque>
 #include <functional>
 #include <map>
 #include <optional>
-#include <string>
 #include <vector>
+
+#include "support/system.h"
 
 namespace test {
 
 using Bytes = std::vector<unsigned char>;
-using Micros = std::uint64_t;
 
 // What stands behind a device path. Results below 0 are negated error numbers.
 class Device {
@@ -48,7 +43,7 @@ struct ErrorDetail {
     std::string text;
 };
 
-class World {
+class World : public System {
   public:
     static World& Get();
 
@@ -101,21 +96,22 @@ class World {
     bool tracing_fails = false;      // every trace message throws
 
     // --- for the replaced calls
-    bool Owns(int fd) const { return fd >= kFirstFd && files_.count(fd) != 0; }
-    int Open(const char* path, int flags);
-    bool HasPath(const char* path) const { return devices_.count(path) != 0; }
-    int Close(int fd);
-    long Read(int fd, void* to, std::size_t count);
-    long Write(int fd, const void* from, std::size_t count);
-    int Poll(int fd, short events, int timeout_ms, short* revents);
-    int Fcntl(int fd, int command, long argument);
-    int GetAttributes(int fd, termios* to);
-    int SetAttributes(int fd, int action, const termios* from);
-    int Flush(int fd, int queue);
-    int Usleep(unsigned us);
-    void Trace(const std::string& file, const std::string& text);
-    bool TracesToDisk() const { return traces_to_disk_; }
-    void Detail(int code, const std::string& text);
+    bool Owns(int fd) const override { return fd >= kFirstFd && files_.count(fd) != 0; }
+    bool OwnsPath(const char* path) const override;
+    int Open(const char* path, int flags) override;
+    int Close(int fd) override;
+    long Read(int fd, void* to, std::size_t count) override;
+    long Write(int fd, const void* from, std::size_t count) override;
+    int Poll(int fd, short events, int timeout_ms, short* revents) override;
+    int Fcntl(int fd, int command, long argument) override;
+    int GetAttributes(int fd, termios* to) override;
+    int SetAttributes(int fd, int action, const termios* from) override;
+    int Flush(int fd, int queue) override;
+    int Usleep(unsigned us) override;
+    Micros LookAtClock() override { return ++now_; }
+    std::time_t WallClock() override { return wall_clock; }
+    bool Trace(const std::string& file, const std::string& text) override;
+    void Detail(int code, const std::string& text) override;
 
   private:
     static constexpr int kFirstFd = 1 << 20;  // never a real descriptor

@@ -83,6 +83,12 @@ TEST(CheckSum, SurchargeIsAdded) {
     EXPECT_EQ(SumOf(100, 1, 99), 199.0);
 }
 
+TEST(CheckSum, EveryPercentageCounts) {
+    for (int percent = -99; percent <= 99; ++percent) {
+        EXPECT_EQ(SumOf(10'000, 1, percent), 10'000 + 100 * percent);
+    }
+}
+
 TEST(CheckSum, DiscountPartIsRoundedHalfUpOnEitherSideOfZero) {
     EXPECT_EQ(SumOf(5, 1, -50), 3.0);  // -2.5 is -2
     EXPECT_EQ(SumOf(5, 1, 50), 8.0);   // 2.5 is 3

@@ -207,16 +207,24 @@ TEST_F(ClosingStepsTest, SilentRegisterIsAskedTenTimesWithoutADelay) {
 }
 
 TEST_F(ClosingStepsTest, FailedResetStillGivesTimeToPrint) {
+    TellStory();
     driver.check().sales.resize(2);
-    States(1, 0xC8);
+    States(2, 0xC8);
     line.Answer(request::kReset, Frame(0x91));
-    States(1, 0xC8);
     driver.TryEnableCheckOut();
-    EXPECT_EQ(Steps(),
-              (Lines{"sleep 50", "20", "7F", "sleep 4000", "sleep 50", "20", "7F", "sleep 4000"}));
-    EXPECT_EQ(Traced(),
-              "Info: TryEnableCheckOut - begin\nTryEnableCheckOut: error\n"
-              "Warning: TryEnableCheckOut 2\nInfo: TryEnableCheckOut - ok\n");
+    EXPECT_EQ(Story(),
+              "| Info: TryEnableCheckOut - begin\\n\n"
+              "  50 ms\n"
+              "> 20\n"
+              "> 7F\n"
+              "| TryEnableCheckOut: error\\n\n"
+              "  4000 ms\n"
+              "  50 ms\n"
+              "> 20\n"
+              "> 7F\n"
+              "  4000 ms\n"
+              "| Warning: TryEnableCheckOut 2\\n\n"
+              "| Info: TryEnableCheckOut - ok\\n\n");
 }
 
 TEST_F(ClosingStepsTest, PrintingTimeStartsAgainAtZeroWithEachAttempt) {

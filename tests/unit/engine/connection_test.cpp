@@ -5,7 +5,8 @@
 namespace test {
 namespace {
 
-// A line whose opening can be made to fail like the driver's own layers do.
+// A line whose opening can be made to fail like the driver's own layers do, and whose closing is
+// seen.
 class OpeningLine : public ScriptedLine {
   public:
     void Opened() override {
@@ -13,7 +14,13 @@ class OpeningLine : public ScriptedLine {
             at_open();
         }
     }
+    void Closed() override {
+        if (at_close) {
+            at_close();
+        }
+    }
     std::function<void()> at_open;
+    std::function<void()> at_close;
 };
 
 class ConnectionTest : public testing::Test {
@@ -146,11 +153,13 @@ TEST_F(ConnectionTest, UnknownVersionAt9600IsTracedOnceAndTriedAt57600) {
     EXPECT_EQ(Connect(), 0);
     EXPECT_EQ(world.Traced(), hello + not_found + "Connect - OK\n");
     EXPECT_EQ(world.Requests(), (Lines{"34", "34", "0B 07 01"}));
+    EXPECT_TRUE(world.Details().empty());  // an unknown version is no error of the protocol here
 }
 
 TEST_F(ConnectionTest, UnknownVersionAtBothSpeedsIsNoVersion) {
     line.Answers(request::kVersion, 2, version_unknown);
     EXPECT_EQ(Connect(), 3);
+    EXPECT_TRUE(world.Details().empty());
     EXPECT_EQ(world.Requests(), (Lines{"34", "34"}));
     EXPECT_EQ(world.Traced(), hello + not_found);
     EXPECT_EQ(driver.version(), 0);
@@ -266,7 +275,10 @@ TEST_F(ConnectionTest, PortErrorOfTheParameterIsIgnoredWhateverItsCode) {
 TEST_F(ConnectionTest, ConnectEndsTheLoopAndClosesThePortFirst) {
     ConnectWell();
     driver.start();
+    bool waiting_at_close = true;
+    line.at_close = [&] { waiting_at_close = driver.iswait(); };
     EXPECT_EQ(Connect(9), 1);
+    EXPECT_FALSE(waiting_at_close);
     EXPECT_EQ(world.Log(), (Lines{"close", "open /dev/ttyS8 0x902 = error"}));
     EXPECT_FALSE(driver.iswait());
     EXPECT_EQ(driver.version(), 0);
@@ -333,6 +345,12 @@ TEST_F(ConnectionTest, FailureToSwitchTheParameterOffLeavesDisconnect) {
     driver.Disconnect();
     EXPECT_EQ(world.Requests(), (Lines{"20", "0B 07 00"}));
     EXPECT_EQ(world.Log().back(), "close");
+}
+
+TEST_F(ConnectionTest, DisconnectBeforeAnyConnectSendsNothing) {
+    EXPECT_NO_THROW(driver.Disconnect());
+    EXPECT_TRUE(world.Requests().empty());
+    EXPECT_EQ(world.Traced(), "Disconnect - OK");
 }
 
 TEST_F(ConnectionTest, SecondDisconnectLeavesTheParameterAlone) {

@@ -168,6 +168,28 @@ TEST_F(FailureTest, LoopEndsEvenWhenItIsNotToCloseAfterACheck) {
     EXPECT_FALSE(driver.iswait());
 }
 
+TEST_F(FailureTest, LoopIsEndedBehindTheTraceAndBeforeTheCleanUp) {
+    Lines seen;
+    const auto see = [&](const std::string& what) {
+        seen.push_back(what + (driver.iswait() ? " running" : " ended"));
+    };
+    world.on_trace = [&](const std::string& text) {
+        if (text.rfind("Error", 0) == 0) {
+            see(text);
+        }
+    };
+    Reply unlocked = Frame(0xB7);
+    unlocked.at_request = [&] { see("unlock"); };
+    line.Answer(request::kLockSwitch, unlocked);
+    Refuse();
+    line.Drop();
+    driver.start();
+    line.Answer(request::kLockSwitch, Frame(0xB7)).Answer(request::kLockSwitch, unlocked);
+    FailUnknown();
+    EXPECT_EQ(seen, (Lines{"Error Interface\n running", "unlock ended",
+                           "Error: unknown error in print check\n running", "unlock ended"}));
+}
+
 TEST_F(FailureTest, HookThatThrowsAtAFailureIsTraced) {
     driver.on_hook = [](unsigned char) { throw 1; };
     Refuse();

@@ -57,6 +57,18 @@ TEST_F(WaitingTest, NoPendingSaleArmsAtOnce) {
     EXPECT_TRUE(driver.iswait());
 }
 
+TEST_F(WaitingTest, LoopIsArmedBetweenItsTwoTraces) {
+    line.Answer(request::kStatus, answer::Ready());
+    HoldSales(0);
+    Lines seen;
+    world.on_trace = [&](const std::string& text) {
+        seen.push_back((driver.iswait() ? "armed: " : "not armed: ") + text);
+    };
+    driver.StartWait(false);
+    EXPECT_EQ(Lines(seen.end() - 2, seen.end()),
+              (Lines{"not armed: Before Start\n", "armed: After Start\n"}));
+}
+
 TEST_F(WaitingTest, PendingSaleWithABarcodeIsResetAndCleared) {
     PendSale({answer::Barcode()});
     driver.StartWait(false);

@@ -1,9 +1,17 @@
 #include "protocol/tarvo_error.h"
 
+#include <stdexcept>
+#include <type_traits>
+
 #include "support/fixtures.h"
 
 namespace test {
 namespace {
+
+// Catchers tell the layers apart: neither exception is a kind of the other.
+static_assert(std::is_base_of_v<std::exception, ETarvo>);
+static_assert(!std::is_base_of_v<ETarvo, EMiniCom> && !std::is_base_of_v<EMiniCom, ETarvo>);
+static_assert(!std::is_base_of_v<std::runtime_error, ETarvo>);
 
 class TarvoErrorTest : public TarvoTest {};
 

@@ -243,6 +243,13 @@ TEST_F(OpenPortTest, SignalDoesNotShortenAWait) {
     EXPECT_EQ(world.Log(), (Log{"wait 400", "wait 250"}));
 }
 
+TEST_F(OpenPortTest, SignalDoesNotShortenAWaitByAPartOfAMillisecond) {
+    world.Advance(998);
+    world.InterruptPoll(0, EINTR);
+    EXPECT_EQ(MillisecondsOf([&] { EXPECT_EQ(port.waitComEvent(100), 0); }), 100U);
+    EXPECT_EQ(world.Log(), (Log{"wait 100", "wait 100"}));
+}
+
 TEST_F(OpenPortTest, ManySignalsDoNotShortenOrStretchAWait) {
     for (int i = 0; i < 30; ++i) {
         world.InterruptPoll(10, EINTR);

@@ -128,6 +128,8 @@ TEST(Round, IsTheFunctionThatHostsFindAsRound) {
 
 TEST(RoundDiscount, RoundsHalfUpOnEitherSideOfZero) {
     EXPECT_EQ(RoundDiscount(0.0), 0);
+    EXPECT_EQ(RoundDiscount(0.5), 1);
+    EXPECT_EQ(RoundDiscount(0.49), 0);
     EXPECT_EQ(RoundDiscount(2.5), 3);
     EXPECT_EQ(RoundDiscount(2.49), 2);
     EXPECT_EQ(RoundDiscount(599.7), 600);

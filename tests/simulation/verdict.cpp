@@ -1,0 +1,46 @@
+#include "simulation/verdict.h"
+
+namespace simulation {
+namespace {
+
+template <typename Array>
+void AddTo(Array& sums, const Array& more) {
+    for (std::size_t i = 0; i < sums.size(); ++i) {
+        sums[i] += more[i];
+    }
+}
+
+}  // namespace
+
+std::string_view NameOf(Verdict verdict) {
+    static constexpr std::array<std::string_view, kVerdicts> kNames = {
+        "printed",          "failed",          "counters_unread",
+        "counters_wrapped", "counters_forged", "changed_by_cashier",
+        "request_misread",  "answer_forged",   "left_over_printed",
+        "ended_by_host",    "ended_by_plug",
+    };
+    return kNames[static_cast<std::size_t>(verdict)];
+}
+
+std::string_view NameOf(Remark remark) {
+    static constexpr std::array<std::string_view, kRemarks> kNames = {
+        "printed_by_cashier_later", "printed_by_reset_later", "left_open",      "left_locked",
+        "left_unconnected",         "printed_and_locked",     "open_for_paper",
+    };
+    return kNames[static_cast<std::size_t>(remark)];
+}
+
+void Figures::Add(const Figures& other) {
+    runs += other.runs;
+    checks += other.checks;
+    calls += other.calls;
+    exchanges += other.exchanges;
+    violations += other.violations;
+    virtual_s += other.virtual_s;
+    AddTo(faults, other.faults);
+    AddTo(verdicts, other.verdicts);
+    AddTo(remarks, other.remarks);
+    AddTo(errors, other.errors);
+}
+
+}  // namespace simulation
