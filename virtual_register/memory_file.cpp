@@ -56,7 +56,7 @@ SaleLine take_line(const TextRecord& record) {
     line.weighed = record.number("weighed", 0, 1) == 1;
     const std::string title = record.bytes("title");
     for (std::size_t at = 0; at < title.size(); at += kTitlePieceLength) {
-        line.write_title(at / kTitlePieceLength, std::string_view(title).substr(at));
+        line.write_title(at / kTitlePieceLength, std::string_view{title}.substr(at));
     }
     return line;
 }
@@ -154,7 +154,8 @@ std::string second_word(const std::string& line) {
 
 void take_tape(const std::string& line, Memory& memory) {
     AnswerPayload bytes;
-    bytes.add(std::string_view(from_hex(second_word(line))));
+    const std::string text = from_hex(second_word(line));
+    bytes.add(text);
     const auto record = TapeRecord::decode(bytes);
     if (!record) {
         throw MemoryFileError("a tape record has 31 bytes");

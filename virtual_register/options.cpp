@@ -3,7 +3,7 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
-#include <cstdio>
+#include <charconv>
 #include <string>
 #include <vector>
 
@@ -96,13 +96,16 @@ void add_program_options(CLI::App& app, Options& options) {
 void set_taxes(const std::vector<std::string>& texts, Identity& identity) {
     for (const std::string& text : texts) {
         unsigned number = 0;
-        unsigned value = 0;
-        char rest = 0;
-        if (std::sscanf(text.c_str(), "%2u=%3u%c", &number, &value, &rest) != 2 ||
-            number >= identity.taxes.size() || value > 255) {
+        std::uint8_t value = 0;
+        const char* end = text.data() + text.size();
+        const auto name = std::from_chars(text.data(), end, number);
+        const bool named = name.ec == std::errc() && name.ptr != end && *name.ptr == '=' &&
+                           number < identity.taxes.size();
+        const auto byte = std::from_chars(named ? name.ptr + 1 : end, end, value);
+        if (byte.ec != std::errc() || byte.ptr != end) {
             throw CLI::ValidationError("--tax", text + " is not N=BYTE with N from 0 to 16");
         }
-        identity.taxes[number] = static_cast<std::uint8_t>(value);
+        identity.taxes[number] = value;
     }
 }
 

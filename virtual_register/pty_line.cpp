@@ -30,8 +30,7 @@ void make_raw(int tty) {
 
 }  // namespace
 
-PtyLine::PtyLine() {
-    master_ = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK);
+PtyLine::PtyLine() : master_(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK)) {
     if (master_ < 0) {
         fail("no pseudo terminal");
     }
@@ -69,7 +68,7 @@ std::vector<std::uint8_t> PtyLine::receive() {
     return bytes;
 }
 
-void PtyLine::send(const std::vector<std::uint8_t>& bytes) {
+void PtyLine::send(const std::vector<std::uint8_t>& bytes) const {
     std::size_t done = 0;
     while (done < bytes.size()) {
         const ssize_t count = ::write(master_, bytes.data() + done, bytes.size() - done);

@@ -27,7 +27,7 @@ class PtyLine {
     // What has come since the last call; empty when nothing did or the host is gone.
     std::vector<std::uint8_t> receive();
     // What a host does not take in time is lost, as on any line.
-    void send(const std::vector<std::uint8_t>& bytes);
+    void send(const std::vector<std::uint8_t>& bytes) const;
 
     // Bits per second that the host set on the tty; 0 for none that a register could have.
     int host_speed() const;
@@ -37,7 +37,7 @@ class PtyLine {
     void hold_tty();
     void let_go_of_tty();
 
-    int master_ = -1;
+    int master_;
     int tty_ = -1;
     std::string tty_name_;
 };

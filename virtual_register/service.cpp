@@ -255,9 +255,10 @@ void Service::obey_prompt() {
         return;
     }
     typed_.append(bytes, static_cast<std::size_t>(count));
-    for (std::size_t end = 0; (end = typed_.find('\n')) != std::string::npos && !quit_;) {
+    std::size_t end = typed_.find('\n');
+    for (; end != std::string::npos && !quit_; end = typed_.find('\n')) {
         model_.advance(now_us());
-        const PromptAnswer answer = obey(model_, std::string_view(typed_).substr(0, end));
+        const PromptAnswer answer = obey(model_, typed_.substr(0, end));
         typed_.erase(0, end + 1);
         quit_ = answer.quit;
         if (!answer.text.empty()) {

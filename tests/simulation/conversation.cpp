@@ -199,6 +199,7 @@ Reply Conversation::Receive() {
     if (frame_[0] != 0 || body > kLongestBody || body < kShortestBody) {
         throw Failed{Failing::protocol};
     }
+    longest_body_ = std::max(longest_body_, body);
     ReadBytes(frame_ + 2, body);
     unsigned sum = 0;
     for (unsigned i = 0; i + 1 < body; ++i) {

@@ -68,6 +68,9 @@ class Conversation {
     // The driver reached the clean-up of a failed check.
     void Failure();
     Micros Now() const { return now_; }
+    std::uint32_t Exchanges() const { return exchange_; }
+    // The longest body that the head of an answer announced.
+    unsigned LongestBody() const { return longest_body_; }
     // True when so many milliseconds have passed since then. The driver counts whole milliseconds
     // of its clock, so within one of them both is right, and what it did next decides.
     bool TimeIsUp(Micros since, unsigned ms, std::uint8_t next_command);
@@ -90,6 +93,7 @@ class Conversation {
     std::uint8_t number_ = 0;
     bool ended_by_host_ = false;
     bool in_failure_ = false;
+    unsigned longest_body_ = 0;
     unsigned char frame_[2 + 255];
 };
 

@@ -109,6 +109,22 @@ void DrawBurst(Random& random, std::uint32_t exchanges, FaultPlan& plan) {
     plan.bursts.push_back(burst);
 }
 
+// The paper ends, somebody puts a new roll in and presses a key.
+void DrawPaperStory(Random& random, std::uint32_t exchanges, FaultPlan& plan) {
+    Fault fault{};
+    fault.kind = random.Chance(700) ? FaultKind::paper_out : FaultKind::paper_ends;
+    fault.at = random.Below(exchanges);
+    fault.a = random.Below(30);
+    plan.faults.push_back(fault);
+    fault.kind = FaultKind::paper_in;
+    fault.at += 1 + random.Below(60);
+    plan.faults.push_back(fault);
+    fault.kind = FaultKind::cashier_presses;
+    fault.at += random.Below(4);
+    fault.a = 1 + random.Below(30);
+    plan.faults.push_back(fault);
+}
+
 }  // namespace
 
 std::string_view NameOf(FaultKind kind) {
@@ -165,7 +181,9 @@ void DrawFaults(Random random, std::uint32_t exchanges, FaultPlan& plan) {
         single = 2;
     } else if (pattern < 80) {
         single = 3 + random.Below(6);
-    } else if (pattern < 88) {
+    } else if (pattern < 83) {
+        DrawPaperStory(random, exchanges, plan);
+    } else if (pattern < 90) {
         // A line that is bad all the time.
         Burst burst;
         burst.last = ~0U;

@@ -9,6 +9,28 @@
 namespace simulation {
 namespace {
 
+std::string told;
+bool callbacks_throw = false;
+
+void Tell(const std::string& what) {
+    told += what;
+    if (callbacks_throw) {
+        throw 1;  // anything at all
+    }
+}
+
+void TellQuery() {
+    Tell("q");
+}
+
+void TellStep(unsigned char step) {
+    Tell(std::to_string(step) + ";");
+}
+
+void TellError(int code, char* /*text*/) {
+    Tell("e" + std::to_string(code) + ";");
+}
+
 template <typename Function>
 int QueryInt(Function function, std::optional<double>& value) {
     int number = 0;
@@ -163,6 +185,7 @@ bool IsAsk(CallKind kind) {
 Answered Perform(const Call& call) {
     Answered answered;
     std::string text = call.text;
+    told.clear();
     try {
         answered.result = IsFill(call.kind)  ? Fill(call, text)
                           : IsAsk(call.kind) ? Ask(call, answered.value)
@@ -171,14 +194,20 @@ Answered Perform(const Call& call) {
         answered.threw = true;
     }
     answered.error = GetErrorCode();
+    answered.told = told;
     return answered;
 }
 
-void Reload(std::uint8_t number) {
+void Reload(std::uint8_t number, Callbacks callbacks) {
     kvesk.~TVesk();
     new (&kvesk) TVesk;
     kvesk.setNetNum(number);
     errVeskTarvo = echOk;
+    const bool calls = callbacks != Callbacks::none;
+    EventQuery = calls ? TellQuery : nullptr;
+    EventCheckPrepare = calls ? TellStep : nullptr;
+    EventErrorProc = calls ? TellError : nullptr;
+    callbacks_throw = callbacks == Callbacks::throwing;
 }
 
 }  // namespace simulation

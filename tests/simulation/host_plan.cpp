@@ -114,7 +114,8 @@ std::uint32_t LineCount(Random& random) {
     if (kind < 96) {
         return 1 + random.Below(8);
     }
-    return random.Below(61);
+    // Once in a while more than the register can count.
+    return random.Chance(20) ? 250 + random.Below(10) : random.Below(61);
 }
 
 void DrawModes(Random& random, bool edges, std::vector<Call>& calls) {
@@ -241,6 +242,10 @@ std::uint32_t HostPlan::Exchanges() const {
 void DrawHost(Random random, HostPlan& plan) {
     plan.calls.clear();
     plan.asks_for_number = random.Chance(500);
+    const std::uint32_t callbacks = random.Below(10);
+    plan.callbacks = callbacks == 0   ? Callbacks::none
+                     : callbacks == 1 ? Callbacks::throwing
+                                      : Callbacks::plain;
     plan.patience = 60 + random.Below(random.Chance(800) ? 300 : 3'000);
     DrawConnect(random, When::always, plan.calls);
     if (random.Chance(700)) {

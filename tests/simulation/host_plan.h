@@ -49,6 +49,9 @@ enum class CallKind : std::uint8_t {
 
 const char* NameOf(CallKind kind);
 
+// The host's callbacks.
+enum class Callbacks : std::uint8_t { none, plain, throwing };
+
 enum class When : std::uint8_t { always, after_failed_print, after_failed_connect };
 
 struct Call {
@@ -63,7 +66,8 @@ struct Call {
 struct HostPlan {
     std::vector<Call> calls;
     bool asks_for_number = false;  // the driver addresses the register by its network number
-    std::uint32_t patience = 0;    // pauses of the driver after which the host ends PrintCheck
+    Callbacks callbacks = Callbacks::plain;
+    std::uint32_t patience = 0;  // pauses of the driver after which the host ends PrintCheck
 
     std::uint32_t PrintCalls() const;
     // About how many exchanges a run without faults takes.

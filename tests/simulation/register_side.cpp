@@ -10,6 +10,7 @@ using virtual_register::State;
 namespace {
 
 constexpr std::uint32_t kAsksInACall = 3;
+constexpr std::uint32_t kPollsBeforeAskingAgain = 25;
 
 SaleLine TypedLine(std::uint32_t number) {
     SaleLine line;
@@ -51,7 +52,7 @@ void RegisterSide::BeginCall(std::uint32_t number, bool prints) {
     idle_polls_ = 0;
     asks_left_ = kAsksInACall;
     changes_by_cashier_ = 0;
-    was_deaf_ = false;
+    said_ = RegisterSaid();
 }
 
 std::optional<virtual_register::Answer> RegisterSide::Take(const virtual_register::Request& request,
@@ -62,9 +63,44 @@ std::optional<virtual_register::Answer> RegisterSide::Take(const virtual_registe
         AskWhenIdle();
     }
     auto answer = model_.handle(request, RegisterTime(now));
-    was_deaf_ = was_deaf_ || !model_.powered() || (!answer && model_.printing());
+    if (answer) {
+        NoteSaid(request, *answer);
+    }
     NoteCheck(now, false);
     return answer;
+}
+
+void RegisterSide::NoteSaid(const virtual_register::Request& request,
+                            const virtual_register::Answer& answer) {
+    const auto& payload = answer.payload;
+    switch (static_cast<Command>(request.command)) {
+        case Command::sale:
+            said_.refused_sale = said_.refused_sale || payload[0] != 0;
+            break;
+        case Command::discount:
+            said_.refused_discount = said_.refused_discount || model_.state() != State::ready;
+            break;
+        case Command::close_check:
+            said_.refused_closing = said_.refused_closing || payload[0] == 0;
+            break;
+        case Command::cash:
+            said_.refused_cash = said_.refused_cash || payload[0] != 0;
+            break;
+        case Command::read_ram:
+        case Command::last_error:
+            said_.no_paper =
+                said_.no_paper || model_.memory().last_error() == virtual_register::kPaperOutError;
+            break;
+        case Command::status:
+            if (answer.code == static_cast<std::uint8_t>(State::sale_code)) {
+                said_.marked = said_.marked || payload[6] != 0;
+                said_.declined = said_.declined ||
+                                 payload.big_endian(0, 2) == virtual_register::kCashierCancelled;
+            }
+            break;
+        default:
+            break;
+    }
 }
 
 void RegisterSide::LetPowerReturn(Micros now) {
@@ -76,11 +112,14 @@ void RegisterSide::LetPowerReturn(Micros now) {
 void RegisterSide::AskWhenIdle() {
     const bool idle = IsIdle(model_.state()) && !model_.open_check().is_open();
     const bool done = !registrations_.empty() && registrations_.back().call == call_;
-    if (!idle || done || asks_left_ == 0 || idle_polls_++ < cashier_.after_polls) {
+    const std::uint32_t wait =
+        asks_left_ == kAsksInACall ? cashier_.after_polls : kPollsBeforeAskingAgain;
+    if (!idle || done || asks_left_ == 0 || idle_polls_++ < wait) {
         return;
     }
     if (Ask()) {
         --asks_left_;
+        idle_polls_ = 0;
     }
 }
 
@@ -120,6 +159,7 @@ void RegisterSide::Act(const Fault& fault, std::uint8_t command, Micros now) {
             LetPowerReturn(now);
             break;
         case FaultKind::busy:
+            busy_ = true;
             model_.set_states_late(1 + fault.a % (fault.b % 4 == 0 ? 150 : 12));
             break;
         case FaultKind::refusal:

@@ -35,6 +35,17 @@ struct Registration {
     bool by_key = false;         // the cashier's key brought it out
 };
 
+// What the register itself told the driver during a call.
+struct RegisterSaid {
+    bool refused_sale = false;
+    bool refused_discount = false;  // by not getting ready
+    bool refused_closing = false;
+    bool refused_cash = false;
+    bool no_paper = false;  // its error byte stood at that when it was read
+    bool marked = false;    // in a query
+    bool declined = false;  // in a query: the cashier wants no check
+};
+
 class RegisterSide {
   public:
     RegisterSide(virtual_register::Model& model, Journal& journal, const CashierPlan& cashier,
@@ -52,14 +63,20 @@ class RegisterSide {
     const std::vector<Registration>& registrations() const { return registrations_; }
     // Acts of the cashier in the present call that changed the check or the counters.
     std::uint32_t changes_by_cashier() const { return changes_by_cashier_; }
-    // The register was without power, or printing, when a request came in the present call.
-    bool was_deaf() const { return was_deaf_; }
+    const RegisterSaid& said() const { return said_; }
+    // As a host tells it from the version answer.
+    int firmware_as_reported() const {
+        const int number = model_.memory().firmware().number;
+        return number == 312 ? 310 : number;
+    }
+    bool is_busy() const { return busy_; }
 
   private:
     void Refuse(const Fault& fault, std::uint8_t command);
     bool CashierActs(const Fault& fault);
     void AskWhenIdle();
     bool Ask();
+    void NoteSaid(const virtual_register::Request& request, const virtual_register::Answer& answer);
     void LetPowerReturn(Micros now);
     void NoteCheck(Micros now, bool by_key);
     std::int64_t RegisterTime(Micros now) const {
@@ -77,7 +94,8 @@ class RegisterSide {
     std::uint32_t idle_polls_ = 0;
     std::uint32_t asks_left_ = 0;
     std::uint32_t changes_by_cashier_ = 0;
-    bool was_deaf_ = false;
+    RegisterSaid said_;
+    bool busy_ = false;
     std::uint64_t registered_ = 0;
     std::uint32_t born_in_ = 0;
     bool had_lines_ = false;

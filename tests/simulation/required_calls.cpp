@@ -13,6 +13,8 @@ Outcome RequiredDriver::Follow(const Call& call, Journal& journal, std::size_t f
     talk.SetNumber(number_);
     talk.SetPortOpen(port_open_);
     talk_ = &talk;
+    told_.clear();
+    BeginBoundedPart();
     Outcome outcome;
     try {
         outcome = Do(call);
@@ -20,16 +22,32 @@ Outcome RequiredDriver::Follow(const Call& call, Journal& journal, std::size_t f
         outcome.throws =
             call.kind == CallKind::set_cash || call.kind == CallKind::set_cash_over_total;
         if (!outcome.throws) {
-            error_ = failed.how == Failing::engine ? failed.code : 2;
+            SetError(failed.how == Failing::engine ? failed.code : 2);
         }
     }
     if (call.kind == CallKind::disconnect) {
         error_ = 0;
     }
     outcome.error = error_;
+    outcome.told = told_;
+    outcome.exchanges = talk.Exchanges() - counted_from_;
+    outcome.took_us = talk.Now() - timed_from_;
+    outcome.longest_body = talk.LongestBody();
+    outcome.tape_records = tape_records_;
     talk.EndOfCall();
     talk_ = nullptr;
     return outcome;
+}
+
+void RequiredDriver::BeginBoundedPart() {
+    counted_from_ = talk_->Exchanges();
+    timed_from_ = talk_->Now();
+}
+
+// What was done since then has no bound.
+void RequiredDriver::LeaveOutExchanges(std::uint32_t since_exchange, Micros since) {
+    counted_from_ += talk_->Exchanges() - since_exchange;
+    timed_from_ += talk_->Now() - since;
 }
 
 Outcome RequiredDriver::Do(const Call& call) {

@@ -56,6 +56,7 @@ void RequiredDriver::Print() {
 }
 
 void RequiredDriver::Pass() {
+    BeginBoundedPart();
     Status status;
     try {
         status = ReadStatus();
@@ -120,6 +121,7 @@ void RequiredDriver::PrintQueried(const Status& status) {
         LockKeyboard();
     }
     const Statistics before = ReadStatistics();
+    TellStep(0);
     if (check_.lines.empty()) {
         RequiredLine zero;
         zero.section = 1;
@@ -141,6 +143,7 @@ void RequiredDriver::PrintQueried(const Status& status) {
     talk_->Sleep(50);
     TryCash();
     TryCheckOut();
+    TellStep(100);
     TestPrint(before);
     if (locks) {
         TryUnlock();
@@ -149,6 +152,27 @@ void RequiredDriver::PrintQueried(const Status& status) {
         check_ = RequiredCheck();
     }
     stop_ = true;
+}
+
+// A callback that throws keeps those behind it from being called.
+void RequiredDriver::TellStep(int step) {
+    if (callbacks_ == Callbacks::none) {
+        return;
+    }
+    if (step == 0) {
+        told_ += "q";
+        if (callbacks_ == Callbacks::throwing) {
+            return;
+        }
+    }
+    told_ += std::to_string(step) + ";";
+}
+
+void RequiredDriver::SetError(int code) {
+    error_ = code;
+    if (callbacks_ != Callbacks::none) {
+        told_ += "e" + std::to_string(code) + ";";
+    }
 }
 
 void RequiredDriver::CleanUpKnown(int code) {
@@ -167,7 +191,7 @@ void RequiredDriver::CleanUpKnown(int code) {
             // The host hears of the first failure only.
         }
     }
-    error_ = code;
+    SetError(code);
 }
 
 void RequiredDriver::CleanUpUnknown() {
@@ -180,7 +204,7 @@ void RequiredDriver::CleanUpUnknown() {
     } catch (const Failed&) {
         // The first failure ends the clean-up.
     }
-    error_ = 2;
+    SetError(2);
 }
 
 }  // namespace simulation

@@ -42,6 +42,12 @@ struct Outcome {
     int error = 0;
     bool throws = false;          // an exception leaves the function
     std::optional<double> value;  // where the call has one
+    // From the beginning of the call, or of PrintCheck's last pass, to its end.
+    std::uint32_t exchanges = 0;
+    Micros took_us = 0;
+    unsigned longest_body = 0;
+    int tape_records = 0;  // as the register's last statistics answer told
+    std::string told;      // what the host's callbacks must have heard
 };
 
 class RequiredDriver {
@@ -52,6 +58,7 @@ class RequiredDriver {
 
     // The network number that the driver asks for.
     void SetNumber(std::uint8_t number) { number_ = number; }
+    void SetCallbacks(Callbacks callbacks) { callbacks_ = callbacks; }
     const RequiredCheck& check() const { return check_; }
     // The check as it was when the last PrintCheck took it up; it may be emptied afterwards.
     const RequiredCheck& printed() const { return printed_; }
@@ -115,6 +122,7 @@ class RequiredDriver {
     void UnlockKeyboard();
     void ClearCheck();
     void ClearCheckByKeys();
+    void PressKeysUntilCleared();
     void QuerySale();
     void ShowText(std::uint8_t value);
     TapeRecord AskTape(int index);
@@ -148,7 +156,14 @@ class RequiredDriver {
     template <typename Attempt, typename AfterFailure>
     void UpToTwentyTimes(Attempt attempt, AfterFailure after_failure);
 
+    void BeginBoundedPart();
+    void LeaveOutExchanges(std::uint32_t since_exchange, Micros since);
+    void TellStep(int step);
+    void SetError(int code);
+
     Conversation* talk_ = nullptr;
+    Callbacks callbacks_ = Callbacks::none;
+    std::string told_;
     std::uint8_t number_ = 0;
     bool port_open_ = false;
     int version_ = 0;
@@ -156,6 +171,9 @@ class RequiredDriver {
     bool host_wait_set_ = false;
     bool clears_buffer_ = true;
     bool stop_ = false;
+    std::uint32_t counted_from_ = 0;  // exchange at which the bounded part of a call began
+    Micros timed_from_ = 0;
+    int tape_records_ = 0;
     int error_ = 0;
     RequiredCheck check_;
     RequiredCheck printed_;

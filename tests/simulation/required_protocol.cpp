@@ -134,6 +134,7 @@ RequiredDriver::Statistics RequiredDriver::ReadStatistics() {
     if (reply.size != 11) {
         throw kProtocol;
     }
+    tape_records_ = static_cast<int>(reply.Word(4));
     return {static_cast<int>(reply.Word(0)), static_cast<int>(reply.Word(2)),
             static_cast<int>(reply.Word(4))};
 }
@@ -239,6 +240,19 @@ void RequiredDriver::ClearCheckByKeys() {
     if (ReadStatus().state != 0xC8) {
         return;
     }
+    const std::uint32_t exchange = talk_->Exchanges();
+    const Micros now = talk_->Now();
+    try {
+        PressKeysUntilCleared();
+    } catch (const Failed&) {
+        LeaveOutExchanges(exchange, now);
+        throw;
+    }
+    LeaveOutExchanges(exchange, now);
+    Reset();
+}
+
+void RequiredDriver::PressKeysUntilCleared() {
     do {
         Key(0x20);
     } while (ReadStatus().state == 0xC8);
@@ -246,7 +260,6 @@ void RequiredDriver::ClearCheckByKeys() {
         Key(0x20);
         Key(0x28);
     } while (ReadStatus().state != 0xC5);
-    Reset();
 }
 
 void RequiredDriver::QuerySale() {

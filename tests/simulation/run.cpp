@@ -4,6 +4,7 @@
 #include "simulation/exchange_log.h"
 #include "simulation/host.h"
 #include "simulation/simulated_system.h"
+#include "simulation/trace_files.h"
 
 namespace simulation {
 namespace {
@@ -72,7 +73,8 @@ class Session {
           checker_(journal, side_, required_, result_.figures) {
         const std::uint8_t number =
             scenario.host.asks_for_number ? scenario.line.net_number : std::uint8_t{0};
-        Reload(number);
+        Reload(number, scenario.host.callbacks);
+        required_.SetCallbacks(scenario.host.callbacks);
         required_.SetNumber(number);
     }
 
@@ -98,6 +100,7 @@ class Session {
                 ++figures.faults[i];
             }
         }
+        result_.verdicts = checker_.verdicts();
         figures.violations = result_.violation.empty() ? 0 : 1;
         result_.exchanges = static_cast<std::uint32_t>(journal_.exchanges().size());
         return result_;
@@ -117,9 +120,8 @@ class Session {
         CallFacts facts;
         facts.call = &call;
         facts.number = number_;
-        facts.tape_number_before = model_.memory().tape_number;
-        facts.tape_before = model_.memory().tape.count();
-        facts.paper_before = model_.paper().lines().size();
+        facts.before = {model_.memory().tape_number, model_.memory().tape.count(),
+                        model_.paper().lines().size()};
         side_.BeginCall(number_, prints);
         system_.BeginCall(prints ? scenario_.host.patience : 0);
         journal_.Add(EventKind::call, system_.Now(),
@@ -168,6 +170,7 @@ class Session {
 
 RunResult Runner::Run(const Scenario& scenario, std::string* log) {
     journal_.Clear();
+    const TraceFiles traces(scenario.faults);
     RunResult result = Session(scenario, journal_).Run();
     if (log != nullptr) {
         *log = TellRun(scenario, journal_, result);

@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "simulation/scenario.h"
 #include "simulation/verdict.h"
@@ -11,9 +12,10 @@ namespace simulation {
 
 struct RunResult {
     Figures figures;
-    std::string violation;        // empty: everything that was promised held
-    std::string call;             // in which it did not
-    std::uint32_t exchanges = 0;  // of the whole run
+    std::string violation;          // empty: everything that was promised held
+    std::string call;               // in which it did not
+    std::uint32_t exchanges = 0;    // of the whole run
+    std::vector<Verdict> verdicts;  // one for each PrintCheck
 };
 
 class Runner {

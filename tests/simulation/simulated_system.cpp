@@ -9,8 +9,8 @@
 namespace simulation {
 namespace {
 
-// More than any call can need that has a bound.
-constexpr std::uint32_t kPausesBeforePlug = 60'000;
+// More than a call can need that has a bound, short of several faults that take turns.
+constexpr std::uint32_t kPausesBeforePlug = 12'000;
 constexpr unsigned kInterruptionsInARow = 3;
 
 }  // namespace

@@ -17,17 +17,27 @@ std::string_view NameOf(Verdict verdict) {
         "printed",          "failed",          "counters_unread",
         "counters_wrapped", "counters_forged", "changed_by_cashier",
         "request_misread",  "answer_forged",   "left_over_printed",
-        "ended_by_host",    "ended_by_plug",
+        "polled_silence",   "polled_idle",     "polled_open_check",
     };
     return kNames[static_cast<std::size_t>(verdict)];
 }
 
 std::string_view NameOf(Remark remark) {
     static constexpr std::array<std::string_view, kRemarks> kNames = {
-        "printed_by_cashier_later", "printed_by_reset_later", "left_open",      "left_locked",
-        "left_unconnected",         "printed_and_locked",     "open_for_paper",
+        "printed_by_cashier_later", "printed_by_reset_later", "left_open",     "left_locked",
+        "left_unconnected",         "printed_and_locked",     "ended_by_plug", "open_for_paper",
     };
     return kNames[static_cast<std::size_t>(remark)];
+}
+
+std::string_view NameOf(Ending ending) {
+    static constexpr std::array<std::string_view, kEndings> kNames = {
+        "printed_at_once",
+        "printed_again",
+        "not_printed",
+        "unknown",
+    };
+    return kNames[static_cast<std::size_t>(ending)];
 }
 
 void Figures::Add(const Figures& other) {
@@ -41,6 +51,7 @@ void Figures::Add(const Figures& other) {
     AddTo(verdicts, other.verdicts);
     AddTo(remarks, other.remarks);
     AddTo(errors, other.errors);
+    AddTo(endings, other.endings);
 }
 
 }  // namespace simulation

@@ -26,9 +26,10 @@ enum class Verdict : std::uint8_t {
     answer_forged,       // 0 or 1: an acknowledgement was not what the register said
     left_over_printed,   // 0: a check left behind by an earlier call came out
 
-    // Polling that is required to have no bound, ended from outside with nothing printed.
-    ended_by_host,
-    ended_by_plug,
+    // PrintCheck polls without bound, as required; the host ended it with nothing printed.
+    polled_silence,     // the register did not answer
+    polled_idle,        // the register did not ask for a check
+    polled_open_check,  // the register asked, with a check of somebody else's in it
 
     count
 };
@@ -44,12 +45,26 @@ enum class Remark : std::uint8_t {
     left_locked,             // a disturbed clean-up left the keyboard locked
     left_unconnected,    // printing without a connection left a check open, or the keyboard locked
     printed_and_locked,  // printed, but no unlocking got through
+    ended_by_plug,       // a loop that has no bound (clearing by keys, DisconnectKKM) went on
     open_for_paper,      // code 5: left open for the cashier
     count
 };
 
 constexpr auto kRemarks = static_cast<std::size_t>(Remark::count);
 std::string_view NameOf(Remark remark);
+
+// How a reference check of a sweep ended, for a host that connects anew and prints again after a
+// failure.
+enum class Ending : std::uint8_t {
+    printed_at_once,
+    printed_again,  // the first call failed and registered nothing, the second one printed
+    not_printed,
+    unknown,  // a call fell into one of the windows
+    count
+};
+
+constexpr auto kEndings = static_cast<std::size_t>(Ending::count);
+std::string_view NameOf(Ending ending);
 
 constexpr std::size_t kErrorCodes = 72;
 
@@ -65,6 +80,7 @@ struct Figures {
     std::array<std::uint64_t, kVerdicts> verdicts{};
     std::array<std::uint64_t, kRemarks> remarks{};
     std::array<std::uint64_t, kErrorCodes> errors{};  // of failed PrintChecks, by last error
+    std::array<std::uint64_t, kEndings> endings{};    // of sweeps
 
     void Add(const Figures& other);
 };

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
-#include <stdexcept>
 
 namespace test {
 
@@ -218,9 +217,6 @@ bool World::Trace(const std::string& file, const std::string& text) {
     }
     if (on_trace) {
         on_trace(text);
-    }
-    if (tracing_fails) {
-        throw std::runtime_error("no room for a trace");
     }
     return traces_to_disk_;
 }

@@ -93,7 +93,6 @@ class World : public System {
     std::time_t wall_clock = 0;  // what time() answers
 
     std::function<void()> on_sleep;  // called when a pause begins
-    bool tracing_fails = false;      // every trace message throws
 
     // --- for the replaced calls
     bool Owns(int fd) const override { return fd >= kFirstFd && files_.count(fd) != 0; }

@@ -1,6 +1,7 @@
 // A register on the test bench: requests as bytes, answers as bytes, time at hand.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <initializer_list>
 #include <optional>
@@ -52,9 +53,8 @@ class Bench {
         for (std::size_t i = 0; i < 15; ++i) {
             block[i] = i < name.size() ? static_cast<std::uint8_t>(name[i]) : 0x20;
         }
-        for (std::size_t i = 0; i < 13; ++i) {
-            block[15 + i] = "1234567890123"[i];
-        }
+        constexpr std::string_view kBarcode = "1234567890123";
+        std::copy(kBarcode.begin(), kBarcode.end(), block.begin() + 15);
         for (std::size_t i = 0; i < price_digits.size(); ++i) {
             block[35 - price_digits.size() + i] = price_digits[i];
         }

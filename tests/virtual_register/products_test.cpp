@@ -9,12 +9,8 @@ namespace {
 
 std::vector<int> product(int code) {
     std::vector<int> block(39, 0);
-    for (std::size_t i = 0; i < 15; ++i) {
-        block[i] = "Milk           "[i];
-    }
-    for (std::size_t i = 0; i < 13; ++i) {
-        block[15 + i] = "4601234567890"[i];
-    }
+    constexpr std::string_view kText = "Milk           4601234567890";
+    std::copy(kText.begin(), kText.end(), block.begin());
     block[30] = 1;
     block[31] = 9;
     block[32] = 9;

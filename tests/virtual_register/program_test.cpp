@@ -39,6 +39,7 @@ class Program {
         ::posix_spawn_file_actions_adddup2(&files, errors[1], 2);
         arguments.insert(arguments.begin(), TARVO_REGISTER);
         std::vector<char*> words;
+        words.reserve(arguments.size() + 1);
         for (std::string& argument : arguments) {
             words.push_back(argument.data());
         }

@@ -76,7 +76,7 @@ TEST_F(TarvoErrorTest, TracesNothingWhenTheSwitchIsOff) {
 
 TEST_F(TarvoErrorTest, FailureOfTracingLeavesTheErrorWhole) {
     kkm.setTrace(true, "TarvoM5.log");
-    world.tracing_fails = true;
+    world.on_trace = [](const std::string&) { throw std::runtime_error("no room"); };
     EXPECT_EQ(ETarvo(&kkm, 6, "detail").code(), 6);
 }
 

@@ -3,6 +3,7 @@
 #include <stdlib.h>
 
 #include <ctime>
+#include <stdexcept>
 
 #include "support/fixtures.h"
 #include "support/temp_directory.h"
@@ -66,6 +67,20 @@ TEST_F(TarvoObjectTest, InitClassGoesBackToTheBeginning) {
     kkm.setTrace(false, "third.log");
     EXPECT_TRUE(port.trace());
     EXPECT_EQ(port.logFileName(), "other.log");
+}
+
+TEST_F(TarvoObjectTest, InitClassForgetsTheSectionOfTheRegister) {
+    status_info status;
+    kkm.GetStatusInfo({ks_kkmon, {0, 1, 0, 2, 4}}, status);  // section 5
+    kkm.initClass();
+    kkm.setCom(&port);
+    kkm.setVersion(kkm_ver_400);
+    line.Always(0x0A, Frame(0x8A, Bytes(11, 0)));
+    line.Always(0x37, Frame(0xB7, {0}));
+    line.Always(0x02, Frame(0x82, {6}));
+    kkm.GetStatusInfo({ks_salecode, Bytes(7, 0)}, status);
+    EXPECT_EQ(status.section, 7);
+    EXPECT_EQ(world.Steps(), (std::vector<std::string>{"0A", "37", "02 00 00 00 12 01"}));
 }
 
 TEST_F(TarvoObjectTest, PortMayComeWithTheConstructor) {
@@ -157,7 +172,7 @@ TEST_F(TarvoObjectTest, FileThatCannotBeWrittenChangesNothingElse) {
 
 TEST_F(TarvoObjectTest, FailureOfTracingIsDropped) {
     kkm.setTrace(true, "t.log");
-    world.tracing_fails = true;
+    world.on_trace = [](const std::string&) { throw std::runtime_error("no room"); };
     EXPECT_NO_THROW(kkm.traceMsg("m"));
     EXPECT_EQ(world.Traces().size(), 1U);
 }
