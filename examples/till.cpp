@@ -28,7 +28,8 @@ struct Connection {
 
 void sell(char* device) {
     const Connection connection(device);
-    std::string bread = "Bread", apples = "Apples";
+    std::string bread = "Bread";
+    std::string apples = "Apples";
     require(cbAddSale(bread.data(), 25.50, 2, 1), "sale");
     require(cbAddSale(apples.data(), 80.00, 0.75, 2), "sale");
     require(cbSetDiscountValue(-5), "payment");

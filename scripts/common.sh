@@ -42,7 +42,7 @@ word32() {
   printf '%s\n' "$answer"
 }
 
-# The files that clang-format and clang-tidy look at: all of ours.
+# All C++ files of ours.
 cxx_files() {
   local part folders=()
   for part in include src virtual_register tools examples tests benchmarks; do

@@ -5,7 +5,6 @@
 #include <climits>
 #include <fstream>
 #include <nlohmann/json.hpp>
-#include <regex>
 #include <set>
 #include <sstream>
 #include <system_error>
@@ -25,13 +24,14 @@ std::string Join(const std::string& place, const std::string& field) {
     return place.empty() ? field : place + ", " + field;
 }
 
-// The parser's words without its own prefix: "file line 3, column 8: ..." where it has a place.
+// The parser's words behind its own "[json...] ": "file line 3, column 8: ..." where it has a
+// place.
 std::string Words(const Json::exception& e) {
-    static const std::regex prefix(R"(^\[[^\]]*\] (parse error at (?=line))?)");
+    static const std::string place = "parse error at ";
     const std::string what = e.what();
-    std::smatch found;
-    const bool has_place = std::regex_search(what, found, prefix) && found[1].matched;
-    return (has_place ? "file " : "") + found.suffix().str();
+    const std::string words = what.substr(what.find("] ") + 2);
+    return words.compare(0, place.size(), place) == 0 ? "file " + words.substr(place.size())
+                                                      : words;
 }
 
 // Remembers the field names of each open object: a name given twice would silently win.
