@@ -43,9 +43,9 @@ ObligingRegister::Answer ObligingRegister::Take(std::uint8_t command, const Byte
     const std::uint8_t code = GoodCode(command);
     switch (command) {
         case 0x02:  // memory by address: the count stands last
-            return {code, Bytes(payload.empty() ? 1 : payload.back() % 64, 0xAA)};
+            return {code, Bytes(payload.empty() ? 1 : payload.back() % 64U, 0xAA)};
         case 0x04: {  // memory by name: a single byte is the line count or the error number
-            const std::size_t count = payload.empty() ? 1 : payload.back() % 128;
+            const std::size_t count = payload.empty() ? 1 : payload.back() % 128U;
             return {code, count == 1 ? Bytes{lines_} : Bytes(count, '7')};
         }
         case 0x06:
