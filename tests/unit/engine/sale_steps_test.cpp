@@ -194,23 +194,26 @@ TEST_P(BrokenAttemptTest, IsEnoughWhenTheCounterMoved) {
 
 const std::string kSent = "Info: sendSaleInfo -  ok\n";
 const std::string kStatusRead = "Info: GetStatusInfo -  ok\n";
-const std::string kUnknown = "Error: ???\n";
+const std::string kUnknownError = "Error: ???\n";
 
 INSTANTIATE_TEST_SUITE_P(
     SaleStep, BrokenAttemptTest,
     testing::Values(
         BrokenAttempt{"WrongSaleAnswer", 0x21, Frame(0xC2), "", {kBreadBlock}},
-        BrokenAttempt{"SilentSale", 0x21, {}, kUnknown, {kBreadBlock}},
-        BrokenAttempt{"SilentStatus", 0x20, {}, kSent + kUnknown, {kBreadBlock, "20"}},
+        BrokenAttempt{"SilentSale", 0x21, {}, kUnknownError, {kBreadBlock}},
+        BrokenAttempt{"SilentStatus", 0x20, {}, kSent + kUnknownError, {kBreadBlock, "20"}},
         BrokenAttempt{"WrongState",
                       0x20,
                       Frame(0xA7),
-                      kSent + kStatusRead + "Error: ks_saleadd != status.command\n" + kUnknown,
+                      kSent + kStatusRead + "Error: ks_saleadd != status.command\n" + kUnknownError,
                       {kBreadBlock, "20"}},
         BrokenAttempt{
             "WrongReset", 0x7F, Frame(0x91), kSent + kStatusRead, {kBreadBlock, "20", "7F"}},
-        BrokenAttempt{
-            "SilentReset", 0x7F, {}, kSent + kStatusRead + kUnknown, {kBreadBlock, "20", "7F"}}),
+        BrokenAttempt{"SilentReset",
+                      0x7F,
+                      {},
+                      kSent + kStatusRead + kUnknownError,
+                      {kBreadBlock, "20", "7F"}}),
     [](const auto& info) { return info.param.name; });
 
 TEST_F(SaleStepsTest, CounterThatMovedByTwoIsNoSuccess) {

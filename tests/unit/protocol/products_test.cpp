@@ -1,13 +1,11 @@
 #include "support/fault.h"
 #include "support/fixtures.h"
+#include "support/requests.h"
 
 namespace test {
 namespace {
 
 using Strings = std::vector<std::string>;
-
-constexpr unsigned char kRead = 0x08;
-constexpr unsigned char kWrite = 0x09;
 
 class ProductsTest : public TarvoTest {
   protected:
@@ -28,7 +26,7 @@ class ProductsTest : public TarvoTest {
 };
 
 TEST_F(ProductsTest, RecordIsOneExchange) {
-    line.Answer(kWrite, Frame(0x89, {1, 1, 2}));
+    line.Answer(request::kWriteProduct, Frame(0x89, {1, 1, 2}));
     EXPECT_EQ(Write(), "");
     EXPECT_EQ(world.Steps(),
               (Strings{"09 4D 69 6C 6B 20 20 20 20 20 20 20 20 20 20 20 34 36 30 37 00 00 00 00 00 "
@@ -42,17 +40,19 @@ TEST_F(ProductsTest, PriceOfSevenDigitsIsNotSent) {
 }
 
 TEST_F(ProductsTest, OtherAnswerToARecordIsCode2) {
-    line.Answer(kWrite, Frame(0x88, {1, 1, 2})).Answer(kWrite, Frame(0x8A, {0}));
+    line.Answer(request::kWriteProduct, Frame(0x88, {1, 1, 2}))
+        .Answer(request::kWriteProduct, Frame(0x8A, {0}));
     EXPECT_EQ(Write(), "2 CTarvo::write_dbsale, pack.cmd!=kkm_dbsalewrite");
     EXPECT_EQ(Write(), "2 CTarvo::write_dbsale, pack.cmd!=kkm_dbsalewrite");
     EXPECT_EQ(Write(), kSilenceFault);
 }
 
 TEST_F(ProductsTest, KeepsZeroTheRefusalOfARecord) {
-    line.Answer(kWrite, Frame(0x89, {0, 1, 2})).Answer(kWrite, Frame(0x89));
+    line.Answer(request::kWriteProduct, Frame(0x89, {0, 1, 2}))
+        .Answer(request::kWriteProduct, Frame(0x89));
     EXPECT_EQ(Write(), "5 CTarvo::write_dbsale, !pack.data[0]");
     EXPECT_EQ(Write(), "5 CTarvo::write_dbsale, !pack.data[0]");
-    line.Answer(kWrite, Frame(0x89, {0x80, 1, 2}));
+    line.Answer(request::kWriteProduct, Frame(0x89, {0x80, 1, 2}));
     EXPECT_EQ(Write(), "");
 }
 
@@ -60,14 +60,14 @@ TEST_F(ProductsTest, KeepsTheTextOfAnEchoThatDiffers) {
     const std::string fault =
         "2 CTarvo::write_dbsale, (pack.data[0]!=data[37])||(pack.data[0]!=data[38])";
     for (const Bytes& answer : {Bytes{1, 0, 2}, {1, 1, 3}, {1, 2, 1}, {1}, {1, 1}}) {
-        line.Answer(kWrite, Frame(0x89, answer));
+        line.Answer(request::kWriteProduct, Frame(0x89, answer));
         EXPECT_EQ(Write(), fault) << Hex(answer);
     }
 }
 
 TEST_F(ProductsTest, MissingEchoOfCodeZeroIsGood) {
     product.code = 0x10000;
-    line.Answer(kWrite, Frame(0x89, {1}));
+    line.Answer(request::kWriteProduct, Frame(0x89, {1}));
     EXPECT_EQ(Write(), "");
 }
 
@@ -75,7 +75,7 @@ TEST_F(ProductsTest, ReadRecordIsOneExchange) {
     Bytes answer = FromHex(
         "01 4D 69 6C 6B 20 20 20 20 20 20 20 20 20 20 20 14 16 20 20 20 20 20 20 20 20 20 20 20 00 "
         "00 01 02 03 04 00 02 01 01 02");
-    line.Answer(kRead, Frame(0x88, answer));
+    line.Answer(request::kReadProduct, Frame(0x88, answer));
     const dbsale read = kkm.readDbsale(0x0304);
     EXPECT_EQ(world.Steps(), (Strings{"08 03 04"}));
     EXPECT_EQ(read.name, "Milk          ");
@@ -87,13 +87,14 @@ TEST_F(ProductsTest, ReadRecordIsOneExchange) {
 }
 
 TEST_F(ProductsTest, RecordThatDoesNotExistIsEmpty) {
-    line.Answer(kRead, Frame(0x88, {0, 0x41}));
+    line.Answer(request::kReadProduct, Frame(0x88, {0, 0x41}));
     EXPECT_EQ(kkm.readDbsale(0xFFFF).name, "");
     EXPECT_EQ(world.Steps(), (Strings{"08 FF FF"}));
 }
 
 TEST_F(ProductsTest, OtherAnswerToAReadIsCode2) {
-    line.Answer(kRead, Frame(0x89, {1})).Answer(kRead, Frame(0x87, {1}));
+    line.Answer(request::kReadProduct, Frame(0x89, {1}))
+        .Answer(request::kReadProduct, Frame(0x87, {1}));
     for (int i = 0; i < 2; ++i) {
         EXPECT_EQ(FaultOf([&] { kkm.readDbsale(0); }),
                   "2 CTarvo::read_dbsale, pack.cmd!=kkm_dbsale");

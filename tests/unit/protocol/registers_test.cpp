@@ -1,14 +1,12 @@
 #include "support/fault.h"
 #include "support/fixtures.h"
+#include "support/requests.h"
 
 namespace test {
 namespace {
 
 using Strings = std::vector<std::string>;
 
-constexpr unsigned char kReadEprom = 0x02;
-constexpr unsigned char kStatistics = 0x0A;
-constexpr unsigned char kReadTape = 0x12;
 constexpr auto kTapeFault = "2 CTarvo::readKLSale, pack.cmd!=kkm_klsaleread";
 constexpr auto kEpromFault = "2 CTarvo::readEprom, pack.cmd!=read_eprom";
 
@@ -18,8 +16,9 @@ class RegistersTest : public TarvoTest {
 
     // A statistics answer with so many records on the tape.
     void TapeHolds(unsigned count) {
-        line.Always(kStatistics, Frame(0x8A, {9, 9, 9, 9, static_cast<unsigned char>(count >> 8U),
-                                              static_cast<unsigned char>(count), 0, 0, 0, 0, 0}));
+        line.Always(request::kStatistics,
+                    Frame(0x8A, {9, 9, 9, 9, static_cast<unsigned char>(count >> 8U),
+                                 static_cast<unsigned char>(count), 0, 0, 0, 0, 0}));
     }
 
     // A tape record as the register sends it.
@@ -36,7 +35,7 @@ class RegistersTest : public TarvoTest {
 };
 
 TEST_F(RegistersTest, AddressIsTwoBytesUpToFirmware399) {
-    line.Always(kReadEprom, Frame(0x82, {1, 2, 3}));
+    line.Always(request::kEprom, Frame(0x82, {1, 2, 3}));
     for (const int version : {0, 301, 302, 303, 310, 399}) {
         kkm.setVersion(static_cast<kkm_ver>(version));
         world.ClearLog();
@@ -46,7 +45,7 @@ TEST_F(RegistersTest, AddressIsTwoBytesUpToFirmware399) {
 }
 
 TEST_F(RegistersTest, AddressIsThreeBytesBehindAZeroFromFirmware400) {
-    line.Always(kReadEprom, Frame(0x82, {1}));
+    line.Always(request::kEprom, Frame(0x82, {1}));
     for (const int version : {400, 401}) {
         kkm.setVersion(static_cast<kkm_ver>(version));
         world.ClearLog();
@@ -56,20 +55,20 @@ TEST_F(RegistersTest, AddressIsThreeBytesBehindAZeroFromFirmware400) {
 }
 
 TEST_F(RegistersTest, MemoryOfAnyLengthIsReturned) {
-    line.Answer(kReadEprom, Frame(0x82)).Answer(kReadEprom, Frame(0x82, Bytes(197, 7)));
+    line.Answer(request::kEprom, Frame(0x82)).Answer(request::kEprom, Frame(0x82, Bytes(197, 7)));
     EXPECT_EQ(kkm.readEprom(0, 1).bytes(), Bytes{});
     EXPECT_EQ(kkm.readEprom(0, 1).bytes(), Bytes(197, 7));
 }
 
 TEST_F(RegistersTest, OtherAnswerToAMemoryReadIsCode2) {
-    line.Answer(kReadEprom, Frame(0x81, {1})).Answer(kReadEprom, Frame(0x84, {1}));
+    line.Answer(request::kEprom, Frame(0x81, {1})).Answer(request::kEprom, Frame(0x84, {1}));
     EXPECT_EQ(FaultOf([&] { kkm.readEprom(0, 1); }), kEpromFault);
     EXPECT_EQ(FaultOf([&] { kkm.readEprom(0, 1); }), kEpromFault);
     EXPECT_EQ(FaultOf([&] { kkm.readEprom(0, 1); }), kSilenceFault);
 }
 
 TEST_F(RegistersTest, StatisticsAreThreeWordsAndAnAmount) {
-    line.Answer(kStatistics, Frame(0x8A, FromHex("01 02 03 04 05 06 FF 00 00 00 23")));
+    line.Answer(request::kStatistics, Frame(0x8A, FromHex("01 02 03 04 05 06 FF 00 00 00 23")));
     TStatistics statistics;
     kkm.GetStatistics(statistics);
     EXPECT_EQ(world.Steps(), (Strings{"0A"}));
@@ -80,7 +79,7 @@ TEST_F(RegistersTest, StatisticsAreThreeWordsAndAnAmount) {
 }
 
 TEST_F(RegistersTest, GreatestStatistics) {
-    line.Answer(kStatistics, Frame(0x8A, Bytes(11, 0xFF)));
+    line.Answer(request::kStatistics, Frame(0x8A, Bytes(11, 0xFF)));
     TStatistics statistics;
     kkm.GetStatistics(statistics);
     EXPECT_EQ(statistics.number, 65535);
@@ -93,7 +92,7 @@ TEST_F(RegistersTest, StatisticsOfAnotherLengthAreCode2) {
     TStatistics statistics;
     statistics.sales = 77;
     for (const std::size_t length : {0U, 1U, 10U, 12U, 197U}) {
-        line.Answer(kStatistics, Frame(0x8A, Bytes(length, 1)));
+        line.Answer(request::kStatistics, Frame(0x8A, Bytes(length, 1)));
         EXPECT_EQ(FaultOf([&] { kkm.GetStatistics(statistics); }),
                   "2 CTarvo::getStatistics(count != 11)");
     }
@@ -103,7 +102,7 @@ TEST_F(RegistersTest, StatisticsOfAnotherLengthAreCode2) {
 
 TEST_F(RegistersTest, KeepsStatisticsUnderAnyAnswerCode) {
     for (const unsigned char code : Bytes{0x8A, 0x0A, 0xC0, 0x00}) {
-        line.Answer(kStatistics, Frame(code, FromHex("00 00 00 00 00 07 00 00 00 00 00")));
+        line.Answer(request::kStatistics, Frame(code, FromHex("00 00 00 00 00 07 00 00 00 00 00")));
         TStatistics statistics;
         kkm.GetStatistics(statistics);
         EXPECT_EQ(statistics.sales, 7);
@@ -111,7 +110,7 @@ TEST_F(RegistersTest, KeepsStatisticsUnderAnyAnswerCode) {
 }
 
 TEST_F(RegistersTest, TapeRecordIsOneExchange) {
-    line.Answer(kReadTape, Record(35, 2, 3));
+    line.Answer(request::kReadTape, Record(35, 2, 3));
     KLSale record;
     EXPECT_TRUE(kkm.readKLSale(0x0102, record));
     EXPECT_EQ(world.Steps(), (Strings{"12 01 02"}));
@@ -121,7 +120,7 @@ TEST_F(RegistersTest, TapeRecordIsOneExchange) {
 }
 
 TEST_F(RegistersTest, AnswerOfOneByteIsNoRecordAndLeavesIt) {
-    line.Answer(kReadTape, Frame(0x8B, {5}));
+    line.Answer(request::kReadTape, Frame(0x8B, {5}));
     KLSale record;
     record.sum = 7;
     record.number = 7;
@@ -133,7 +132,7 @@ TEST_F(RegistersTest, AnswerOfOneByteIsNoRecordAndLeavesIt) {
 
 TEST_F(RegistersTest, AnswerOfAnyOtherLengthIsARecord) {
     for (const std::size_t length : {0U, 2U, 30U, 31U, 40U}) {
-        line.Answer(kReadTape, Frame(0x8B, Bytes(length)));
+        line.Answer(request::kReadTape, Frame(0x8B, Bytes(length)));
         KLSale record;
         EXPECT_TRUE(kkm.readKLSale(0, record));
         EXPECT_EQ(record.quantity, 1.0);
@@ -142,7 +141,7 @@ TEST_F(RegistersTest, AnswerOfAnyOtherLengthIsARecord) {
 
 TEST_F(RegistersTest, OtherAnswerToATapeReadIsCode2) {
     KLSale record;
-    line.Answer(kReadTape, Frame(0x92, {5})).Answer(kReadTape, Frame(0x8A, {5}));
+    line.Answer(request::kReadTape, Frame(0x92, {5})).Answer(request::kReadTape, Frame(0x8A, {5}));
     EXPECT_EQ(FaultOf([&] { kkm.readKLSale(0, record); }), kTapeFault);
     EXPECT_EQ(FaultOf([&] { kkm.readKLSale(0, record); }), kTapeFault);
     EXPECT_EQ(FaultOf([&] { kkm.readKLSale(0, record); }), kSilenceFault);
@@ -163,7 +162,8 @@ class TryReadTapeTest : public RegistersTest {
 
 TEST_F(TryReadTapeTest, TwentiethAttemptStillCounts) {
     for (const int attempt : {1, 2, 19, 20}) {
-        line.Answers(kReadTape, attempt - 1, Frame(0x92)).Answer(kReadTape, Record(100, 0));
+        line.Answers(request::kReadTape, attempt - 1, Frame(0x92))
+            .Answer(request::kReadTape, Record(100, 0));
         world.ClearLog();
         record = KLSale();
         EXPECT_EQ(Read(), "true");
@@ -173,26 +173,26 @@ TEST_F(TryReadTapeTest, TwentiethAttemptStillCounts) {
 }
 
 TEST_F(TryReadTapeTest, MissingRecordIsAResultAndNotRepeated) {
-    line.Answer(kReadTape, NoRecord());
+    line.Answer(request::kReadTape, NoRecord());
     EXPECT_EQ(Read(), "false");
     EXPECT_EQ(world.Steps(), (Strings{"12 03 04"}));
-    line.Answers(kReadTape, 19, Frame(0x92)).Answer(kReadTape, NoRecord());
+    line.Answers(request::kReadTape, 19, Frame(0x92)).Answer(request::kReadTape, NoRecord());
     EXPECT_EQ(Read(), "false");
 }
 
 TEST_F(TryReadTapeTest, TwentyFailuresAreCode2) {
-    line.Always(kReadTape, Frame(0x92));
+    line.Always(request::kReadTape, Frame(0x92));
     EXPECT_EQ(Read(), "2 TryReadKLSale");
     EXPECT_EQ(world.Steps(), Strings(20, "12 03 04"));
-    line.Always(kReadTape, Silence());
+    line.Always(request::kReadTape, Silence());
     EXPECT_EQ(Read(), "2 TryReadKLSale");
 }
 
 TEST_F(RegistersTest, GrandTotalAddsSalesOfKinds0And2) {
-    line.Answer(kReadEprom, Frame(0x82, FromHex("00 00 00 00 00 01 E2 40")));
+    line.Answer(request::kEprom, Frame(0x82, FromHex("00 00 00 00 00 01 E2 40")));
     TapeHolds(6);
     for (unsigned char kind = 0; kind < 6; ++kind) {
-        line.Answer(kReadTape, Record(static_cast<std::uint16_t>(100 << kind), kind));
+        line.Answer(request::kReadTape, Record(static_cast<std::uint16_t>(100 << kind), kind));
     }
     EXPECT_EQ(kkm.getNICurrent(), 1234.56 + 1.0 + 4.0);
     EXPECT_EQ(world.Steps(), (Strings{"02 04 F7 08", "0A", "12 00 00", "12 00 01", "12 00 02",
@@ -209,7 +209,7 @@ TEST_F(RegistersTest, GrandTotalOfClosedShiftsIsSigned64Bit) {
     };
     TapeHolds(0);
     for (const auto& [bytes, total] : cases) {
-        line.Answer(kReadEprom, Frame(0x82, FromHex(bytes)));
+        line.Answer(request::kEprom, Frame(0x82, FromHex(bytes)));
         EXPECT_EQ(kkm.getNICurrent(), total) << bytes;
     }
 }
@@ -217,40 +217,42 @@ TEST_F(RegistersTest, GrandTotalOfClosedShiftsIsSigned64Bit) {
 TEST_F(RegistersTest, GrandTotalOfAnotherLengthIsAFault) {
     for (const std::size_t length : {0U, 1U, 4U, 7U, 9U}) {
         world.ClearLog();
-        line.Answer(kReadEprom, Frame(0x82, Bytes(length)));
+        line.Answer(request::kEprom, Frame(0x82, Bytes(length)));
         EXPECT_EQ(FaultOf([&] { kkm.getNICurrent(); }), "other") << length;
         EXPECT_EQ(world.Steps(), (Strings{"02 04 F7 08"}));
     }
 }
 
 TEST_F(RegistersTest, GrandTotalCountsARecordOnlyWhenItWasRead) {
-    line.Always(kReadEprom, Frame(0x82, Bytes(8)));
+    line.Always(request::kEprom, Frame(0x82, Bytes(8)));
     TapeHolds(3);
-    line.Answer(kReadTape, Record(100, 0)).Answer(kReadTape, NoRecord());
-    line.Answer(kReadTape, Record(300, 2));
+    line.Answer(request::kReadTape, Record(100, 0)).Answer(request::kReadTape, NoRecord());
+    line.Answer(request::kReadTape, Record(300, 2));
     EXPECT_EQ(kkm.getNICurrent(), 4.0);
 }
 
 TEST_F(RegistersTest, GrandTotalSurvivesNineteenFailuresOfEachRecord) {
-    line.Always(kReadEprom, Frame(0x82, Bytes(8)));
+    line.Always(request::kEprom, Frame(0x82, Bytes(8)));
     TapeHolds(2);
     for (int i = 0; i < 2; ++i) {
-        line.Answers(kReadTape, 19, Silence()).Answer(kReadTape, Record(100, 0));
+        line.Answers(request::kReadTape, 19, Silence()).Answer(request::kReadTape, Record(100, 0));
     }
     EXPECT_EQ(kkm.getNICurrent(), 2.0);
-    line.Answer(kReadTape, Record(100, 0));
+    line.Answer(request::kReadTape, Record(100, 0));
     EXPECT_EQ(FaultOf([&] { kkm.getNICurrent(); }), "2 TryReadKLSale");
 }
 
 TEST_F(RegistersTest, GrandTotalFaultsOfMemoryAndStatisticsPassThrough) {
-    line.Answer(kReadEprom, Frame(0x83));
+    line.Answer(request::kEprom, Frame(0x83));
     EXPECT_EQ(FaultOf([&] { kkm.getNICurrent(); }), kEpromFault);
-    line.Answer(kReadEprom, Frame(0x82, Bytes(8))).Answer(kStatistics, Frame(0x8A, Bytes(12)));
+    line.Answer(request::kEprom, Frame(0x82, Bytes(8)))
+        .Answer(request::kStatistics, Frame(0x8A, Bytes(12)));
     EXPECT_EQ(FaultOf([&] { kkm.getNICurrent(); }), "2 CTarvo::getStatistics(count != 11)");
 }
 
 TEST_F(RegistersTest, LongTapeIsReadToItsEnd) {
-    line.Always(kReadEprom, Frame(0x82, Bytes(8))).Always(kReadTape, Record(100, 0, 4));
+    line.Always(request::kEprom, Frame(0x82, Bytes(8)))
+        .Always(request::kReadTape, Record(100, 0, 4));
     TapeHolds(259);
     EXPECT_EQ(kkm.getNICurrent(), 259.0);
     EXPECT_EQ(world.Steps().size(), 2U + 259U);
@@ -263,7 +265,7 @@ TEST_F(RegistersTest, LongTapeIsReadToItsEnd) {
 
 TEST_F(RegistersTest, LongestTapeIsReadToItsEnd) {
     world.SetLogging(false);
-    line.Always(kReadTape, NoRecord());
+    line.Always(request::kReadTape, NoRecord());
     TapeHolds(65535);
     EXPECT_EQ(kkm.getCashSum(1), 0.0);
 }
@@ -271,7 +273,7 @@ TEST_F(RegistersTest, LongestTapeIsReadToItsEnd) {
 TEST_F(RegistersTest, PaymentSumAddsKinds0And3AndSubtracts1And4) {
     TapeHolds(6);
     for (unsigned char kind = 0; kind < 6; ++kind) {
-        line.Answer(kReadTape, Record(static_cast<std::uint16_t>(100 << kind), kind, 1));
+        line.Answer(request::kReadTape, Record(static_cast<std::uint16_t>(100 << kind), kind, 1));
     }
     EXPECT_EQ(kkm.getCashSum(2), 1.0 - 2.0 + 8.0 - 16.0);
     EXPECT_EQ(world.Steps(), (Strings{"0A", "12 00 00", "12 00 01", "12 00 02", "12 00 03",
@@ -283,26 +285,28 @@ TEST_F(RegistersTest, PaymentSumCountsOneSelector) {
     const std::pair<int, double> cases[] = {{0, 0.0}, {1, 1.0},   {2, 2.0},  {3, 4.0},
                                             {4, 0.0}, {256, 8.0}, {-1, 0.0}, {255, 0.0}};
     for (const auto& [selector, sum] : cases) {
-        line.Answer(kReadTape, Record(100, 0, 0)).Answer(kReadTape, Record(200, 0, 1));
-        line.Answer(kReadTape, Record(400, 0, 2)).Answer(kReadTape, Record(800, 0, 255));
+        line.Answer(request::kReadTape, Record(100, 0, 0))
+            .Answer(request::kReadTape, Record(200, 0, 1));
+        line.Answer(request::kReadTape, Record(400, 0, 2))
+            .Answer(request::kReadTape, Record(800, 0, 255));
         EXPECT_EQ(kkm.getCashSum(selector), sum) << selector;
     }
 }
 
 TEST_F(RegistersTest, PaymentSumCountsARecordOnlyWhenItWasRead) {
     TapeHolds(3);
-    line.Answer(kReadTape, Record(100, 0)).Answer(kReadTape, NoRecord());
-    line.Answer(kReadTape, Record(300, 3));
+    line.Answer(request::kReadTape, Record(100, 0)).Answer(request::kReadTape, NoRecord());
+    line.Answer(request::kReadTape, Record(300, 3));
     EXPECT_EQ(kkm.getCashSum(1), 4.0);
 }
 
 TEST_F(RegistersTest, PaymentSumIsNotRetried) {
     TapeHolds(3);
-    line.Answer(kReadTape, Record(100, 0)).Answer(kReadTape, Frame(0x92, {1}));
+    line.Answer(request::kReadTape, Record(100, 0)).Answer(request::kReadTape, Frame(0x92, {1}));
     EXPECT_EQ(FaultOf([&] { kkm.getCashSum(1); }), kTapeFault);
     EXPECT_EQ(world.Steps(), (Strings{"0A", "12 00 00", "12 00 01"}));
     EXPECT_EQ(FaultOf([&] { kkm.getCashSum(1); }), kSilenceFault);
-    line.Always(kStatistics, Frame(0x8A, Bytes(10)));
+    line.Always(request::kStatistics, Frame(0x8A, Bytes(10)));
     EXPECT_EQ(FaultOf([&] { kkm.getCashSum(1); }), "2 CTarvo::getStatistics(count != 11)");
 }
 
@@ -319,9 +323,9 @@ TEST_F(RegistersTest, KeepsTheTapeStartAsItHasAlwaysBeenDecoded) {
         {"F0 F0 F0", "3F", 0, 2399, 2500, 31, 1}, {"00 00 00", "C0", 0, -1, 100, 0, 6},
     };
     for (const BeginCase& c : cases) {
-        line.Answer(kReadEprom, Frame(0x82, FromHex(c.date)));
-        line.Answer(kReadEprom, Frame(0x82, FromHex(c.hour)));
-        line.Answer(kReadEprom, Frame(0x82, {0xFF, 0xFF}));
+        line.Answer(request::kEprom, Frame(0x82, FromHex(c.date)));
+        line.Answer(request::kEprom, Frame(0x82, FromHex(c.hour)));
+        line.Answer(request::kEprom, Frame(0x82, {0xFF, 0xFF}));
         const std::tm begin = kkm.readKLbegin();
         EXPECT_EQ(begin.tm_mday, c.day) << c.date;
         EXPECT_EQ(begin.tm_mon, c.month) << c.date;
@@ -336,7 +340,7 @@ TEST_F(RegistersTest, KeepsTheTapeStartAsItHasAlwaysBeenDecoded) {
 }
 
 TEST_F(RegistersTest, TapeStartIsThreeMemoryReads) {
-    line.Always(kReadEprom, Frame(0x82, {1, 2}));
+    line.Always(request::kEprom, Frame(0x82, {1, 2}));
     kkm.readKLbegin();
     EXPECT_EQ(world.Steps(), (Strings{"02 05 15 03", "02 37 00 01", "02 37 01 02"}));
     kkm.setVersion(kkm_ver_400);
@@ -348,16 +352,17 @@ TEST_F(RegistersTest, TapeStartIsThreeMemoryReads) {
 
 TEST_F(RegistersTest, TapeStartRefusesFieldsOfAWrongLength) {
     const auto begin = [&] { kkm.readKLbegin(); };
-    line.Answer(kReadEprom, Frame(0x82, Bytes(5)));
+    line.Answer(request::kEprom, Frame(0x82, Bytes(5)));
     EXPECT_EQ(FaultOf(begin), "other");
-    line.Answer(kReadEprom, Frame(0x82, Bytes(3))).Answer(kReadEprom, Frame(0x82));
+    line.Answer(request::kEprom, Frame(0x82, Bytes(3))).Answer(request::kEprom, Frame(0x82));
     EXPECT_EQ(FaultOf(begin), "other");
     for (const std::size_t length : {0U, 1U, 3U}) {
-        line.Answer(kReadEprom, Frame(0x82, Bytes(3))).Answer(kReadEprom, Frame(0x82, {1}));
-        line.Answer(kReadEprom, Frame(0x82, Bytes(length)));
+        line.Answer(request::kEprom, Frame(0x82, Bytes(3)))
+            .Answer(request::kEprom, Frame(0x82, {1}));
+        line.Answer(request::kEprom, Frame(0x82, Bytes(length)));
         EXPECT_EQ(FaultOf(begin), "other") << length;
     }
-    line.Answer(kReadEprom, Frame(0x83, Bytes(3)));
+    line.Answer(request::kEprom, Frame(0x83, Bytes(3)));
     EXPECT_EQ(FaultOf(begin), kEpromFault);
     EXPECT_EQ(line.QueuedAnswers(), 0U);
 }

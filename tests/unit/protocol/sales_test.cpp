@@ -3,26 +3,15 @@
 
 #include "support/fault.h"
 #include "support/fixtures.h"
+#include "support/requests.h"
 
 namespace test {
 namespace {
 
 using Strings = std::vector<std::string>;
 
-constexpr unsigned char kStatus = 0x20;
-constexpr unsigned char kSale = 0x21;
-constexpr unsigned char kDiscount = 0x23;
-constexpr unsigned char kCard = 0x24;
-constexpr unsigned char kOutCheck = 0x25;
-constexpr unsigned char kWeight = 0x26;
-constexpr unsigned char kSaleStr = 0x27;
-constexpr unsigned char kCash = 0x28;
-constexpr unsigned char kKey = 0x29;
-constexpr unsigned char kQuery = 0x35;
-constexpr unsigned char kReset = 0x7F;
-
 // The answer of a register that waits for a goods code, and what its decoding asks for.
-const Reply kGoodsCode = Frame(0xA1, FromHex("00 2A 03 00 00 02 01"));
+const Reply kAsksForGoodsCode = Frame(0xA1, FromHex("00 2A 03 00 00 02 01"));
 const Strings kGoodsCodeSteps = {"0A", "04 15 95 01", "02 00 12 01"};
 
 class SalesTest : public TarvoTest {
@@ -42,7 +31,7 @@ class SalesTest : public TarvoTest {
 };
 
 TEST_F(SalesTest, SaleLineIsOneExchange) {
-    line.Answer(kSale, Frame(0xC1, {0}));
+    line.Answer(request::kSale, Frame(0xC1, {0}));
     status_info info;
     info.name = "ABCDEFGHIJKLMNOP";
     info.price = 1234567;
@@ -54,7 +43,7 @@ TEST_F(SalesTest, SaleLineIsOneExchange) {
 }
 
 TEST_F(SalesTest, LineOfTheBufferIsCopiedFieldByField) {
-    line.Answer(kSale, Frame(0xC3, {0}));
+    line.Answer(request::kSale, Frame(0xC3, {0}));
     sale item;
     item.title = "Milk";
     item.section = 15;
@@ -70,7 +59,7 @@ TEST_F(SalesTest, LineOfTheBufferIsCopiedFieldByField) {
 }
 
 TEST_F(SalesTest, PieceLineOfTheBuffer) {
-    line.Answer(kSale, Frame(0xC1, {0}));
+    line.Answer(request::kSale, Frame(0xC1, {0}));
     sale item;
     item.count = 300;
     kkm.sendSaleInfo(item);
@@ -86,10 +75,11 @@ class SaleAnswerTest : public SalesTest {
 
 TEST_F(SaleAnswerTest, KeepsBothAnswerCodesOfASale) {
     for (const unsigned char code : Bytes{0xC1, 0xC3}) {
-        line.Answer(kSale, Frame(code, {0, 7})).Answer(kSale, Frame(code));
+        line.Answer(request::kSale, Frame(code, {0, 7})).Answer(request::kSale, Frame(code));
         EXPECT_EQ(Send(), "");
         EXPECT_EQ(Send(), "");
-        line.Answer(kSale, Frame(code, {1})).Answer(kSale, Frame(code, {0x80, 0}));
+        line.Answer(request::kSale, Frame(code, {1}))
+            .Answer(request::kSale, Frame(code, {0x80, 0}));
         EXPECT_EQ(Send(), "6 CTarvo::send_sale_info:  ");
         EXPECT_EQ(Send(), "6 CTarvo::send_sale_info:  ");
     }
@@ -97,7 +87,7 @@ TEST_F(SaleAnswerTest, KeepsBothAnswerCodesOfASale) {
 
 TEST_F(SaleAnswerTest, OtherAnswerToASaleIsCode2) {
     for (const unsigned char code : Bytes{0xC0, 0xC2, 0xC4, 0xA1, 0x21}) {
-        line.Answer(kSale, Frame(code, {1}));
+        line.Answer(request::kSale, Frame(code, {1}));
         EXPECT_EQ(Send(), "2 CTarvo::send_sale_info");
     }
     EXPECT_EQ(Send(), kSilenceFault);
@@ -111,7 +101,7 @@ TEST_F(SaleAnswerTest, UnknownFirmwareGetsNoSale) {
 }
 
 TEST_F(SalesTest, SaleTextIsTwoBytesAndEighteenCharacters) {
-    line.Always(kSaleStr, Frame(0x97));
+    line.Always(request::kTitle, Frame(0x97));
     kkm.sendSaleStr(1, 2, "");
     kkm.sendSaleStr(0, 255, "A");
     kkm.sendSaleStr(20, 4, "ABCDEFGHIJKLMNOPQR");
@@ -124,7 +114,7 @@ TEST_F(SalesTest, SaleTextIsTwoBytesAndEighteenCharacters) {
 }
 
 TEST_F(SalesTest, OtherAnswerToASaleTextIsCode2) {
-    line.Answer(kSaleStr, Frame(0x96)).Answer(kSaleStr, Frame(0xA7));
+    line.Answer(request::kTitle, Frame(0x96)).Answer(request::kTitle, Frame(0xA7));
     for (int i = 0; i < 2; ++i) {
         EXPECT_EQ(FaultOf([&] { kkm.sendSaleStr(0, 0, "A"); }), "2 CTarvo::send_salestr - error");
     }
@@ -152,7 +142,7 @@ TEST_F(SalesTest, WeightIsItsFirstSixDigits) {
         {infinity, "26 00 00 00 00 00 00"},
         {std::nan(""), "26 00 00 00 00 00 00"},
     };
-    line.Always(kWeight, Frame(0xB6));
+    line.Always(request::kWeight, Frame(0xB6));
     for (const WeightCase& c : cases) {
         world.ClearLog();
         kkm.sendWeight(c.weight);
@@ -167,10 +157,10 @@ TEST_F(SalesTest, KeepsTheSaleTextOfARefusedWeightAndResetsTheStatus) {
         {Frame(0xC1, {5}), "error=5, command=kkm_salecode"},
         {Frame(0xE8, {255}), "error=255, command=UnNone"},
     };
-    line.Always(kReset, Frame(0x90));
+    line.Always(request::kReset, Frame(0x90));
     for (const auto& [answer, text] : cases) {
         world.ClearLog();
-        line.Answer(kWeight, answer);
+        line.Answer(request::kWeight, answer);
         EXPECT_EQ(FaultOf([&] { kkm.sendWeight(1); }),
                   std::string("2 CTarvo::send_sale_info - ") + text);
         EXPECT_EQ(world.Steps(), (Strings{"26 00 00 00 00 00 01", "7F"}));
@@ -179,7 +169,7 @@ TEST_F(SalesTest, KeepsTheSaleTextOfARefusedWeightAndResetsTheStatus) {
 
 TEST_F(SalesTest, FaultOfTheResetBehindARefusedWeightIsSwallowed) {
     for (const Reply& answer : {Reply(Frame(0x91)), Silence()}) {
-        line.Answer(kWeight, Frame(0xC0)).Answer(kReset, answer);
+        line.Answer(request::kWeight, Frame(0xC0)).Answer(request::kReset, answer);
         EXPECT_EQ(FaultOf([&] { kkm.sendWeight(1); }),
                   "2 CTarvo::send_sale_info - error=0, command=ks_kkmgo");
         EXPECT_EQ(line.QueuedAnswers(), 0U);
@@ -192,8 +182,9 @@ TEST_F(SalesTest, WeightWithoutAnAnswerIsNotFollowedByAReset) {
 }
 
 TEST_F(SalesTest, AnswersOfStateCommandsAreDecodedBeforeTheyAreJudged) {
-    for (const unsigned char command : Bytes{kWeight, kDiscount, kCash, kQuery, 0x03}) {
-        line.Answer(command, kGoodsCode);
+    for (const unsigned char command :
+         Bytes{request::kWeight, request::kDiscount, request::kCash, request::kQuery, 0x03}) {
+        line.Answer(command, kAsksForGoodsCode);
     }
     kkm.setVersion(kkm_ver_303);
     const auto steps_of = [&](auto action) {
@@ -214,7 +205,7 @@ TEST_F(SalesTest, AnswersOfStateCommandsAreDecodedBeforeTheyAreJudged) {
 }
 
 TEST_F(SalesTest, DiscountIsOneSignedByte) {
-    line.Always(kDiscount, Frame(0xB4));
+    line.Always(request::kDiscount, Frame(0xB4));
     for (const int percent : {0, 10, -10, 127, -128}) {
         kkm.sendDiscount(static_cast<std::int8_t>(percent));
     }
@@ -223,7 +214,7 @@ TEST_F(SalesTest, DiscountIsOneSignedByte) {
 
 TEST_F(SalesTest, OtherAnswerToADiscountIsCode2) {
     for (const unsigned char code : Bytes{0xB3, 0xB5, 0xC9}) {
-        line.Answer(kDiscount, Frame(code));
+        line.Answer(request::kDiscount, Frame(code));
         EXPECT_EQ(FaultOf([&] { kkm.sendDiscount(1); }),
                   "2 CTarvo::send_discount - si.command!=kkm_discount");
     }
@@ -231,7 +222,7 @@ TEST_F(SalesTest, OtherAnswerToADiscountIsCode2) {
 }
 
 TEST_F(SalesTest, DiscountCardCarriesItsNumberBehindItsLength) {
-    line.Always(kCard, Frame(0xB5));
+    line.Always(request::kCard, Frame(0xB5));
     kkm.sendDiscountCard(0, "");
     kkm.sendDiscountCard(255, "");
     kkm.sendDiscountCard(2, "7");
@@ -243,7 +234,7 @@ TEST_F(SalesTest, DiscountCardCarriesItsNumberBehindItsLength) {
 }
 
 TEST_F(SalesTest, KeepsThePauseBetweenSendingACardAndReadingItsAnswer) {
-    line.Answer(kCard, Frame(0xB5));
+    line.Answer(request::kCard, Frame(0xB5));
     kkm.sendDiscountCard(0, "");
     const Strings begin(world.Log().begin(), world.Log().begin() + 6);
     EXPECT_EQ(begin, (Strings{"sleep 10", "flush", "write 00 06 00 24 01 00 00 25", "sleep 50",
@@ -251,14 +242,14 @@ TEST_F(SalesTest, KeepsThePauseBetweenSendingACardAndReadingItsAnswer) {
 }
 
 TEST_F(SalesTest, KeepsTheEmptyTextOfARefusedDiscountCard) {
-    line.Answer(kCard, Frame(0xB4)).Answer(kCard, Frame(0xCA));
+    line.Answer(request::kCard, Frame(0xB4)).Answer(request::kCard, Frame(0xCA));
     EXPECT_EQ(FaultOf([&] { kkm.sendDiscountCard(0, ""); }), "2 ");
     EXPECT_EQ(FaultOf([&] { kkm.sendDiscountCard(0, "1"); }), "2 ");
     EXPECT_EQ(FaultOf([&] { kkm.sendDiscountCard(0, ""); }), kSilenceFault);
 }
 
 TEST_F(SalesTest, CashIsABigEndianAmountBehindAZero) {
-    line.Always(kCash, Frame(0xE8, {0, 9}));
+    line.Always(request::kCash, Frame(0xE8, {0, 9}));
     for (const std::uint32_t amount : {0U, 258U, 0x01020304U, 0xFFFFFFFFU}) {
         kkm.sendCash(amount);
     }
@@ -267,14 +258,14 @@ TEST_F(SalesTest, CashIsABigEndianAmountBehindAZero) {
 }
 
 TEST_F(SalesTest, CashIsTakenWhenTheReplyIsZeroOrMissing) {
-    line.Answer(kCash, Frame(0xE8));
+    line.Answer(request::kCash, Frame(0xE8));
     EXPECT_EQ(FaultOf([&] { kkm.sendCash(1); }), "");
 }
 
 TEST_F(SalesTest, RefusedCashIsCode6AndAnotherAnswerCode2) {
     const std::string text = " CTarvo::send_cash - pack.cmd !=kkm_cash";
-    line.Answer(kCash, Frame(0xE8, {1})).Answer(kCash, Frame(0xE8, {0x80}));
-    line.Answer(kCash, Frame(0xE7, {0})).Answer(kCash, Frame(0xC1, {1}));
+    line.Answer(request::kCash, Frame(0xE8, {1})).Answer(request::kCash, Frame(0xE8, {0x80}));
+    line.Answer(request::kCash, Frame(0xE7, {0})).Answer(request::kCash, Frame(0xC1, {1}));
     const auto pay = [&] { kkm.sendCash(1); };
     EXPECT_EQ(FaultOf(pay), "6" + text);
     EXPECT_EQ(FaultOf(pay), "6" + text);
@@ -284,7 +275,7 @@ TEST_F(SalesTest, RefusedCashIsCode6AndAnotherAnswerCode2) {
 }
 
 TEST_F(SalesTest, CheckIsClosedWithItsType) {
-    line.Always(kOutCheck, Frame(0xE4, {1}));
+    line.Always(request::kCheckOut, Frame(0xE4, {1}));
     for (const int type : {0, 1, 2, 3, 4, 6}) {
         kkm.outCheck(static_cast<kkm_check>(type));
     }
@@ -293,8 +284,9 @@ TEST_F(SalesTest, CheckIsClosedWithItsType) {
 
 TEST_F(SalesTest, KeepsANonZeroByteTheSuccessOfAClosing) {
     const auto close = [&] { kkm.outCheck(check_return); };
-    line.Answer(kOutCheck, Frame(0xE4, {0x80})).Answer(kOutCheck, Frame(0xE4, {0, 1}));
-    line.Answer(kOutCheck, Frame(0xE4));
+    line.Answer(request::kCheckOut, Frame(0xE4, {0x80}))
+        .Answer(request::kCheckOut, Frame(0xE4, {0, 1}));
+    line.Answer(request::kCheckOut, Frame(0xE4));
     EXPECT_EQ(FaultOf(close), "");
     EXPECT_EQ(FaultOf(close), "6 CTarvo::check_out, !pack.data[0]");
     EXPECT_EQ(FaultOf(close), "6 CTarvo::check_out, !pack.data[0]");
@@ -302,7 +294,7 @@ TEST_F(SalesTest, KeepsANonZeroByteTheSuccessOfAClosing) {
 
 TEST_F(SalesTest, OtherAnswerToAClosingIsCode2) {
     for (const unsigned char code : Bytes{0xE3, 0xE5, 0xC8}) {
-        line.Answer(kOutCheck, Frame(code, {1}));
+        line.Answer(request::kCheckOut, Frame(code, {1}));
         EXPECT_EQ(FaultOf([&] { kkm.outCheck(check_return); }),
                   "2 CTarvo::check_out, pack.cmd!=kkm_checkuot");
     }
@@ -310,14 +302,14 @@ TEST_F(SalesTest, OtherAnswerToAClosingIsCode2) {
 }
 
 TEST_F(SalesTest, SaleQueryIsOneExchange) {
-    line.Answer(kQuery, Frame(0xB5, {1}));
+    line.Answer(request::kQuery, Frame(0xB5, {1}));
     EXPECT_EQ(FaultOf([&] { kkm.sendQuerySale(); }), "");
     EXPECT_EQ(world.Steps(), (Strings{"35"}));
 }
 
 TEST_F(SalesTest, OtherAnswerToASaleQueryIsCode2) {
     for (const unsigned char code : Bytes{0xB4, 0xB6, 0xC0}) {
-        line.Answer(kQuery, Frame(code));
+        line.Answer(request::kQuery, Frame(code));
         EXPECT_EQ(FaultOf([&] { kkm.sendQuerySale(); }),
                   "2 CTarvo::send_querysale - pack.cmd !=kkm_querysale");
     }
@@ -328,12 +320,12 @@ class ClearCheckTest : public SalesTest {
   protected:
     ClearCheckTest() {
         kkm.setVersion(kkm_ver_301);
-        line.Always(kKey, Frame(0xA9)).Always(kReset, Frame(0x90));
+        line.Always(request::kKey, Frame(0xA9)).Always(request::kReset, Frame(0x90));
     }
 
     void StatusesAre(const Bytes& states) {
         for (const unsigned char state : states) {
-            line.Answer(kStatus, Frame(state));
+            line.Answer(request::kStatus, Frame(state));
         }
     }
 
@@ -417,7 +409,7 @@ TEST_F(ClearCheckTest, TransportFaultEndsEitherLoop) {
 }
 
 TEST_F(ClearCheckTest, FaultOfTheLastResetPassesThrough) {
-    line.Always(kReset, Frame(0x91));
+    line.Always(request::kReset, Frame(0x91));
     StatusesAre({0xC8, 0xC0, 0xC5});
     EXPECT_EQ(Clear(), "2 CTarvoOnline::reset_status (pac.cmd!=kkm_reset)");
 }

@@ -2,24 +2,20 @@
 
 #include "support/fault.h"
 #include "support/fixtures.h"
+#include "support/requests.h"
 
 namespace test {
 namespace {
 
 using Strings = std::vector<std::string>;
 
-constexpr unsigned char kStatus = 0x20;
-constexpr unsigned char kStatistics = 0x0A;
-constexpr unsigned char kReadRam = 0x04;
-constexpr unsigned char kReadEprom = 0x02;
-
 class StatusTest : public TarvoTest {
   protected:
     StatusTest() {
         kkm.setVersion(kkm_ver_303);
-        line.Always(kStatistics, Frame(0x8A, FromHex("01 02 03 04 05 06 00 00 00 00 00")));
-        line.Always(kReadRam, Frame(0x84, {9}));
-        line.Always(kReadEprom, Frame(0x82, {4}));
+        line.Always(request::kStatistics, Frame(0x8A, FromHex("01 02 03 04 05 06 00 00 00 00 00")));
+        line.Always(request::kRam, Frame(0x84, {9}));
+        line.Always(request::kEprom, Frame(0x82, {4}));
     }
 
     status_info Poll() {
@@ -33,7 +29,7 @@ const Reply kGoodsCode = Frame(0xA1, FromHex("00 2A 03 00 00 02 01"));
 const Reply kBarcode = Frame(0xA3, FromHex("03 00 00 02 01 02 34 36"));
 
 TEST_F(StatusTest, StatusRequestIsOneExchange) {
-    line.Answer(kStatus, Frame(0xC0, {1, 2}));
+    line.Answer(request::kStatus, Frame(0xC0, {1, 2}));
     packet answer{};
     kkm.GetStatus(answer);
     EXPECT_EQ(answer.cmd, ks_kkmgo);
@@ -42,7 +38,7 @@ TEST_F(StatusTest, StatusRequestIsOneExchange) {
 }
 
 TEST_F(StatusTest, StateWithoutCountersIsOneExchange) {
-    line.Answer(kStatus, Frame(0xA7, FromHex("00 05 00 06 07")));
+    line.Answer(request::kStatus, Frame(0xA7, FromHex("00 05 00 06 07")));
     const status_info status = Poll();
     EXPECT_EQ(status.command, ks_salenoadd);
     EXPECT_EQ(status.number, 5);
@@ -66,7 +62,7 @@ TEST_F(StatusTest, EnteredGoodsCostThreeMoreExchanges) {
         kkm.setCom(&port);
         kkm.setVersion(kkm_ver_303);
         world.ClearLog();
-        line.Answer(kStatus, reply);
+        line.Answer(request::kStatus, reply);
         const status_info status = Poll();
         EXPECT_EQ(status.command, state);
         EXPECT_EQ(status.department, 3);
@@ -81,21 +77,21 @@ TEST_F(StatusTest, EnteredGoodsCostThreeMoreExchanges) {
 
 TEST_F(StatusTest, Firmware400AnswersTheSaleNumberToACommand) {
     kkm.setVersion(kkm_ver_400);
-    line.Answer(kStatus, kGoodsCode).Answer(0x37, Frame(0xB7, {8}));
+    line.Answer(request::kStatus, kGoodsCode).Answer(0x37, Frame(0xB7, {8}));
     EXPECT_EQ(Poll().saleNumber, 8);
     EXPECT_EQ(world.Steps(), (Strings{"20", "0A", "37", "02 00 00 00 12 01"}));
 }
 
 TEST_F(StatusTest, PositionBehindTheLastCheckWraps) {
-    line.Always(kStatistics, Frame(0x8A, FromHex("00 00 FF FF 00 00 00 00 00 00 00")));
-    line.Answer(kStatus, kGoodsCode);
+    line.Always(request::kStatistics, Frame(0x8A, FromHex("00 00 FF FF 00 00 00 00 00 00 00")));
+    line.Answer(request::kStatus, kGoodsCode);
     EXPECT_EQ(Poll().position, 0);
 }
 
 TEST_F(StatusTest, SectionIsReadOnceAndKept) {
-    line.Answers(kStatus, 3, kGoodsCode);
+    line.Answers(request::kStatus, 3, kGoodsCode);
     EXPECT_EQ(Poll().section, 5);
-    line.Always(kReadEprom, Frame(0x82, {7}));
+    line.Always(request::kEprom, Frame(0x82, {7}));
     world.ClearLog();
     EXPECT_EQ(Poll().section, 5);
     EXPECT_EQ(Poll().section, 5);
@@ -103,8 +99,8 @@ TEST_F(StatusTest, SectionIsReadOnceAndKept) {
 }
 
 TEST_F(StatusTest, SectionThatWrapsToZeroIsReadAgain) {
-    line.Answers(kStatus, 2, kGoodsCode);
-    line.Always(kReadEprom, Frame(0x82, {0xFF}));
+    line.Answers(request::kStatus, 2, kGoodsCode);
+    line.Always(request::kEprom, Frame(0x82, {0xFF}));
     EXPECT_EQ(Poll().section, 0);
     EXPECT_EQ(Poll().section, 0);
     EXPECT_EQ(world.Steps(), (Strings{"20", "0A", "04 15 95 01", "02 00 12 01",  //
@@ -112,45 +108,48 @@ TEST_F(StatusTest, SectionThatWrapsToZeroIsReadAgain) {
 }
 
 TEST_F(StatusTest, SwitchedOnStateTellsTheSectionForLater) {
-    line.Answer(kStatus, Frame(0xCB, {0, 0, 0, 0, 6})).Answer(kStatus, kGoodsCode);
+    line.Answer(request::kStatus, Frame(0xCB, {0, 0, 0, 0, 6}))
+        .Answer(request::kStatus, kGoodsCode);
     EXPECT_EQ(Poll().section, 7);
     EXPECT_EQ(Poll().section, 7);
     EXPECT_EQ(world.Steps(), (Strings{"20", "20", "0A", "04 15 95 01"}));
 }
 
 TEST_F(StatusTest, SwitchedOnStateReplacesTheSection) {
-    line.Answer(kStatus, kGoodsCode).Answer(kStatus, Frame(0xCB, {0, 0, 0, 0, 11}));
-    line.Answer(kStatus, kBarcode);
+    line.Answer(request::kStatus, kGoodsCode)
+        .Answer(request::kStatus, Frame(0xCB, {0, 0, 0, 0, 11}));
+    line.Answer(request::kStatus, kBarcode);
     EXPECT_EQ(Poll().section, 5);
     EXPECT_EQ(Poll().section, 12);
     EXPECT_EQ(Poll().section, 12);
 }
 
 TEST_F(StatusTest, SectionOfAClosingCheckIsNotKept) {
-    line.Answer(kStatus, Frame(0xC8, {0, 0, 0, 0, 0, 0, 8})).Answer(kStatus, kGoodsCode);
+    line.Answer(request::kStatus, Frame(0xC8, {0, 0, 0, 0, 0, 0, 8}))
+        .Answer(request::kStatus, kGoodsCode);
     EXPECT_EQ(Poll().section, 9);
     EXPECT_EQ(Poll().section, 5);
     EXPECT_EQ(world.Requests().back(), "02 00 12 01");
 }
 
 TEST_F(StatusTest, EmptySaleNumberOrSectionIsAFault) {
-    line.Always(kStatus, kGoodsCode);
-    line.Always(kReadRam, Frame(0x84));
+    line.Always(request::kStatus, kGoodsCode);
+    line.Always(request::kRam, Frame(0x84));
     EXPECT_EQ(FaultOf([&] { Poll(); }), "other");
-    line.Always(kReadRam, Frame(0x84, {9}));
-    line.Answer(kReadEprom, Frame(0x82));
+    line.Always(request::kRam, Frame(0x84, {9}));
+    line.Answer(request::kEprom, Frame(0x82));
     EXPECT_EQ(FaultOf([&] { Poll(); }), "other");
     // Nothing was kept of the section that did not come.
     EXPECT_EQ(Poll().section, 5);
 }
 
 TEST_F(StatusTest, FaultsOfTheExtraExchangesPassThrough) {
-    line.Always(kStatus, kGoodsCode);
-    line.Answer(kReadEprom, Frame(0x83, {4}));
+    line.Always(request::kStatus, kGoodsCode);
+    line.Answer(request::kEprom, Frame(0x83, {4}));
     EXPECT_EQ(FaultOf([&] { Poll(); }), "2 CTarvo::readEprom, pack.cmd!=read_eprom");
-    line.Answer(kReadRam, Frame(0x82, {4}));
+    line.Answer(request::kRam, Frame(0x82, {4}));
     EXPECT_EQ(FaultOf([&] { Poll(); }), "2 CTarvo::readEprom, pack.cmd!=readEprom");
-    line.Answer(kStatistics, Frame(0x8A, Bytes(10)));
+    line.Answer(request::kStatistics, Frame(0x8A, Bytes(10)));
     EXPECT_EQ(FaultOf([&] { Poll(); }), "2 CTarvo::getStatistics(count != 11)");
     kkm.setVersion(kkm_ver_unknown);
     EXPECT_EQ(FaultOf([&] { Poll(); }), "7 TTarvoM5::GetAddr: unnone version");
@@ -166,8 +165,8 @@ class WaitStatusTest : public StatusTest {
   protected:
     // So many polls in another state, then the wanted one for ever.
     void ComesOnPoll(int poll) {
-        line.Answers(kStatus, poll - 1, Frame(0xC0));
-        line.Always(kStatus, Frame(0xC8));
+        line.Answers(request::kStatus, poll - 1, Frame(0xC0));
+        line.Always(request::kStatus, Frame(0xC8));
     }
 };
 
@@ -201,14 +200,14 @@ TEST_F(WaitStatusTest, PollsFollowWithoutAPause) {
 }
 
 TEST_F(WaitStatusTest, FaultOfAPollPassesThrough) {
-    line.Answer(kStatus, Frame(0xC0));
+    line.Answer(request::kStatus, Frame(0xC0));
     EXPECT_EQ(FaultOf([&] { kkm.waitKKMStatus(ks_checkout, 100); }), kSilenceFault);
     EXPECT_EQ(world.Steps(), Strings(2, "20"));
 }
 
 TEST_F(WaitStatusTest, PollInAGoodsStateMakesItsExtraExchanges) {
-    line.Answer(kStatus, kGoodsCode);
-    line.Always(kStatus, Frame(0xC8));
+    line.Answer(request::kStatus, kGoodsCode);
+    line.Always(request::kStatus, Frame(0xC8));
     EXPECT_TRUE(kkm.waitKKMStatus(ks_checkout, 2));
     EXPECT_EQ(world.Steps(), (Strings{"20", "0A", "04 15 95 01", "02 00 12 01", "20"}));
 }
