@@ -11,6 +11,7 @@
 #include <type_traits>
 
 #include "simulation/campaign.h"
+#include "simulation/trace_files.h"
 
 namespace simulation {
 namespace {
@@ -160,6 +161,7 @@ class Worker {
 void RunCampaign(const Campaign& campaign, const Runner& runner, unsigned jobs,
                  const Progress& progress) {
     signal(SIGPIPE, SIG_IGN);
+    PrepareTraceFiles();
     std::vector<std::unique_ptr<Worker>> workers;
     for (unsigned i = 0; i < jobs; ++i) {
         workers.push_back(std::make_unique<Worker>(campaign, runner, i, jobs));

@@ -174,13 +174,14 @@ std::optional<Verdict> Checker::JudgeFailure(const CallFacts& facts,
 }
 
 // Behind this exchange the driver asked for the counters, and no answer of the register's reached
-// it whole.
+// it whole. Counters that belong to the decoding of a status do not count: the driver drops them.
 std::optional<Verdict> Checker::CountersUnread(std::uint32_t behind_exchange) const {
     const auto& exchanges = journal_.exchanges();
     std::optional<Verdict> unread;
     for (std::size_t i = behind_exchange + 1; i < exchanges.size(); ++i) {
         const ExchangeFacts& one = exchanges[i];
-        if (one.command != kStatistics) {
+        const bool of_a_status = i + 1 < exchanges.size() && exchanges[i + 1].command == kReadRam;
+        if (one.command != kStatistics || of_a_status) {
             continue;
         }
         if (one.taken && one.answer_count != 0 && !one.disturbed) {

@@ -7,6 +7,9 @@
 
 namespace simulation {
 
+// Makes what the faults need, for this process and for those that it forks from now on.
+void PrepareTraceFiles();
+
 // While it lives, the working directory is one in which "VeskTarvoM5.log" cannot be opened for
 // writing (trace_unwritable) or takes no byte (trace_disk_full). Without such a fault in the plan
 // it does nothing.

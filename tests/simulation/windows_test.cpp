@@ -88,6 +88,15 @@ TEST_F(Windows, NoiseBeforeTheCountersMakesAnswersSlip) {
                 ElementsAre(Verdict::answers_slipped, Verdict::printed));
 }
 
+// The counters that arrive behind the registration belong to a status that changed on the line;
+// none of those that would have decided arrives.
+TEST_F(Windows, CountersReadForAStatusConfirmNothing) {
+    Scenario scenario;
+    DrawScenario(1616576, scenario);
+    EXPECT_THAT(Run(scenario).verdicts,
+                ElementsAre(Verdict::counters_unread, Verdict::polled_idle));
+}
+
 TEST_F(Windows, ShortSilenceBehindTheRegistrationIsWaitedFor) {
     const auto dead = At(kStatistics, 2, FaultKind::line_dead, 27'000, 3);
     EXPECT_THAT(Run(Printing(303, {dead})).verdicts, ElementsAre(Verdict::printed));
