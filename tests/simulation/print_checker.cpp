@@ -53,7 +53,8 @@ Wrong Checker::CheckPrint(const CallFacts& facts) {
     ++figures_.checks;
     ++figures_.verdicts[static_cast<std::size_t>(*verdict)];
     if (facts.answered.result == 0) {
-        ++figures_.errors[static_cast<std::size_t>(facts.answered.error)];
+        ++figures_.errors[static_cast<std::size_t>(facts.answered.error)]
+                         [static_cast<std::size_t>(*verdict)];
         if (auto wrong = CheckCause(facts)) {
             return wrong;
         }

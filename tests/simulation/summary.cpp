@@ -21,8 +21,7 @@ __attribute__((format(printf, 2, 3))) void Add(std::string& text, const char* fo
 }
 
 template <typename Kind, std::size_t N>
-void AddRows(const char* title, const std::array<std::uint64_t, N>& counts, std::string& text) {
-    Add(text, "%s\n", title);
+void AddRows(const std::array<std::uint64_t, N>& counts, std::string& text) {
     for (std::size_t i = 0; i < N; ++i) {
         if (counts[i] != 0) {
             const std::string name(NameOf(static_cast<Kind>(i)));
@@ -32,12 +31,23 @@ void AddRows(const char* title, const std::array<std::uint64_t, N>& counts, std:
 }
 
 template <typename Kind, std::size_t N>
+void AddRows(const char* title, const std::array<std::uint64_t, N>& counts, std::string& text) {
+    Add(text, "%s\n", title);
+    AddRows<Kind>(counts, text);
+}
+
+template <typename Kind, std::size_t N>
 nlohmann::ordered_json Rows(const std::array<std::uint64_t, N>& counts) {
     nlohmann::ordered_json rows = nlohmann::ordered_json::object();
     for (std::size_t i = 0; i < N; ++i) {
         rows[std::string(NameOf(static_cast<Kind>(i)))] = counts[i];
     }
     return rows;
+}
+
+template <std::size_t N>
+bool Happened(const std::array<std::uint64_t, N>& counts) {
+    return counts != std::array<std::uint64_t, N>{};
 }
 
 // What zero findings in so many independent checks say at 95%.
@@ -61,14 +71,14 @@ std::string AsText(const Summary& summary) {
     Add(text, "  %-26s %12" PRIu64 " h\n", "virtual time", all.virtual_s / 3600);
     AddRows<FaultKind>("faults injected", all.faults, text);
     AddRows<Verdict>("outcomes of PrintCheck", all.verdicts, text);
-    Add(text, "last errors of failed PrintChecks\n");
     for (std::size_t code = 0; code < kErrorCodes; ++code) {
-        if (all.errors[code] != 0) {
-            Add(text, "  %-26zu %12" PRIu64 "\n", code, all.errors[code]);
+        if (Happened(all.errors[code])) {
+            Add(text, "of these 0 with code %zu\n", code);
+            AddRows<Verdict>(all.errors[code], text);
         }
     }
     AddRows<Remark>("remarks", all.remarks, text);
-    if (all.endings != decltype(all.endings){}) {
+    if (Happened(all.endings)) {
         AddRows<Ending>("reference checks", all.endings, text);
     }
     Add(text, "violations                   %12" PRIu64 "\n", all.violations);
@@ -101,8 +111,8 @@ std::string AsJson(const Summary& summary) {
     json["reference_checks"] = Rows<Ending>(all.endings);
     json["errors"] = nlohmann::ordered_json::object();
     for (std::size_t code = 0; code < kErrorCodes; ++code) {
-        if (all.errors[code] != 0) {
-            json["errors"][std::to_string(code)] = all.errors[code];
+        if (Happened(all.errors[code])) {
+            json["errors"][std::to_string(code)] = Rows<Verdict>(all.errors[code]);
         }
     }
     json["violations"] = all.violations;

@@ -59,7 +59,9 @@ void Figures::Add(const Figures& other) {
     AddTo(faults, other.faults);
     AddTo(verdicts, other.verdicts);
     AddTo(remarks, other.remarks);
-    AddTo(errors, other.errors);
+    for (std::size_t code = 0; code < kErrorCodes; ++code) {
+        AddTo(errors[code], other.errors[code]);
+    }
     AddTo(endings, other.endings);
 }
 

@@ -80,8 +80,9 @@ struct Figures {
     std::array<std::uint64_t, kFaultKinds> faults{};
     std::array<std::uint64_t, kVerdicts> verdicts{};
     std::array<std::uint64_t, kRemarks> remarks{};
-    std::array<std::uint64_t, kErrorCodes> errors{};  // of failed PrintChecks, by last error
-    std::array<std::uint64_t, kEndings> endings{};    // of sweeps
+    // Of PrintChecks that gave 0, by last error and verdict.
+    std::array<std::array<std::uint64_t, kVerdicts>, kErrorCodes> errors{};
+    std::array<std::uint64_t, kEndings> endings{};  // of sweeps
 
     void Add(const Figures& other);
 };
