@@ -58,7 +58,11 @@ TEST_F(CommandLineTest, WrongCommandLinesAreStatus2) {
         {{"--port", "256", "status"}, "--port: Value 256 not in range 1 to 255"},
         {{"--port", "1", "check"}, "FILE is required"},
         {{"--port", "1", "sell"}, "A subcommand is required"},
-        {{"--port", "1", "check", "--json", "-"}, "--json"},
+        {{"--port", "1", "tape", "--from", "0"}, "--from: Value 0 not in range 1 to 65535"},
+        {{"--port", "1", "display"}, "--clear is required"},
+        {{"--port", "1", "text"}, "TEXT is required"},
+        {{"--port", "1", "check", "--dry-run", "--firmware", "300", "-"}, "300"},
+        {{"run", "--port", "1", "--", "true"}, "--device is required"},
     };
     for (const auto& [arguments, message] : wrong) {
         EXPECT_EQ(Kkm(arguments), 2) << message;
@@ -123,9 +127,9 @@ TEST_F(CommandLineTest, FiguresAreWrittenAsJson) {
               "}\n");
 }
 
-TEST_F(CommandLineTest, RegisterThatIsNotThereIsStatus4) {
+TEST_F(CommandLineTest, RegisterThatIsNotThereIsStatus6) {
     library.failing["ConnectKKM"] = 1;
-    EXPECT_EQ(Kkm({"--port", "1", "status"}), 4);
+    EXPECT_EQ(Kkm({"--port", "1", "status"}), 6);
     EXPECT_EQ(out.str(), "");
     EXPECT_EQ(err.str(),
               "kkm: no connection to port 1 (error 1, echNoPort)\n"
@@ -134,12 +138,12 @@ TEST_F(CommandLineTest, RegisterThatIsNotThereIsStatus4) {
     EXPECT_THAT(library.calls, ElementsAre("ConnectKKM 1"));
 }
 
-TEST_F(CommandLineTest, FigureThatCannotBeReadIsStatus8) {
+TEST_F(CommandLineTest, FigureThatCannotBeReadIsStatus9) {
     for (const char* function :
          {"GetKLNum", "GetCheckCount", "GetSaleNum", "GetNI", "GetCashSum"}) {
         library.Reset();
         library.failing[function] = 2;
-        EXPECT_EQ(Kkm({"--port", "1", "counters"}), 8) << function;
+        EXPECT_EQ(Kkm({"--port", "1", "counters"}), 9) << function;
         EXPECT_EQ(out.str(), "");
         EXPECT_THAT(err.str(), HasSubstr("could not be read (error 2, echDevice)"));
         EXPECT_EQ(library.calls.back(), "DisconnectKKM");
@@ -147,13 +151,13 @@ TEST_F(CommandLineTest, FigureThatCannotBeReadIsStatus8) {
     for (const char* function : {"GetKKMVers", "GetKKMNum", "GetSmenaStatus"}) {
         library.Reset();
         library.failing[function] = 2;
-        EXPECT_EQ(Kkm({"--port", "1", "status"}), 8) << function;
+        EXPECT_EQ(Kkm({"--port", "1", "status"}), 9) << function;
     }
 }
 
 TEST_F(CommandLineTest, ProgramsGetTheFailureAsJson) {
     library.failing["GetNI"] = 2;
-    EXPECT_EQ(Kkm({"--port", "1", "counters", "--json"}), 8);
+    EXPECT_EQ(Kkm({"--port", "1", "counters", "--json"}), 9);
     EXPECT_EQ(out.str(),
               "{\n"
               "  \"error\": {\n"
@@ -161,7 +165,8 @@ TEST_F(CommandLineTest, ProgramsGetTheFailureAsJson) {
               "    \"code\": 2,\n"
               "    \"name\": \"echDevice\",\n"
               "    \"advice\": \"A first sentence says what happened to the register. A second "
-              "one, which is longer than the first and does not fit its line, says what to do.\"\n"
+              "one, which is longer than the first and does not fit its line, says what to do.\",\n"
+              "    \"exit_status\": 9\n"
               "  }\n"
               "}\n");
     EXPECT_THAT(err.str(), HasSubstr("error 2"));
@@ -281,46 +286,64 @@ TEST_F(CommandLineTest, LettersTheRegisterLacksAreTold) {
     EXPECT_EQ(library.calls[3], "cbAddSale 3f 62 3f, 1.00, 1.000, 1");
 }
 
-TEST_F(CommandLineTest, FileThatIsNoCheckIsStatus3) {
-    EXPECT_EQ(Check("{}"), 3);
+TEST_F(CommandLineTest, FileThatIsNoCheckIsStatus5) {
+    EXPECT_EQ(Check("{}"), 5);
     EXPECT_EQ(err.str(), "kkm: standard input: lines: is missing\n");
-    EXPECT_EQ(Kkm({"--port", "1", "check", "/nowhere"}), 3);
+    EXPECT_EQ(Kkm({"--port", "1", "check", "/nowhere"}), 5);
     EXPECT_EQ(err.str(), "kkm: /nowhere: No such file or directory\n");
     EXPECT_THAT(library.calls, ElementsAre());
 }
 
-TEST_F(CommandLineTest, CheckThatIsRefusedBeforePrintingIsStatus5) {
+TEST_F(CommandLineTest, CheckThatIsRefusedBeforePrintingIsStatus7) {
     library.failing["cbAddSale"] = 14;
-    EXPECT_EQ(Check(kBread), 5);
+    EXPECT_EQ(Check(kBread), 7);
     EXPECT_THAT(err.str(), HasSubstr("kkm: sale line 1 was refused (error 14, echOther)\n"));
     EXPECT_EQ(library.calls.back(), "DisconnectKKM");
     library.Reset();
     library.failing["cbSetDiscountValue"] = 19;
-    EXPECT_EQ(Check(kBread), 5);
+    EXPECT_EQ(Check(kBread), 7);
     library.Reset();
     library.failing["CheckClose"] = 6;
-    EXPECT_EQ(Check(kBread), 5);
+    EXPECT_EQ(Check(kBread), 7);
     EXPECT_THAT(err.str(), HasSubstr("kkm: the register does not take the check (error 6"));
     EXPECT_THAT(library.calls, testing::Not(testing::Contains("PrintCheck")));
 }
 
-TEST_F(CommandLineTest, CheckThatWasNotPrintedIsStatus6) {
-    for (const int code : {6, 14, 20, 32, 34}) {
+TEST_F(CommandLineTest, CheckThatWasNotPrintedIsStatus3) {
+    for (const int code : {6, 14, 20, 34}) {
         library.Reset();
         library.failing["PrintCheck"] = code;
-        EXPECT_EQ(Check(kBread), 6) << code;
+        EXPECT_EQ(Check(kBread), 3) << code;
         EXPECT_THAT(err.str(),
                     HasSubstr("kkm: the check was not printed (error " + std::to_string(code)));
     }
-    library.Reset();
-    library.failing["PrintCheck"] = 2;
-    EXPECT_EQ(Check(kBread), 6);
-    EXPECT_THAT(err.str(), HasSubstr("kkm: the check is not confirmed as printed (error 2"));
 }
 
-TEST_F(CommandLineTest, PaperThatRanOutIsStatus7) {
+TEST_F(CommandLineTest, CheckThatNobodyCanVouchForIsStatus4) {
+    for (const int code : {2, 32}) {
+        library.Reset();
+        library.failing["PrintCheck"] = code;
+        EXPECT_EQ(Check(kBread), 4) << code;
+        EXPECT_THAT(err.str(), HasSubstr("kkm: the check is not confirmed as printed (error " +
+                                         std::to_string(code)));
+    }
+}
+
+TEST_F(CommandLineTest, ProgramsGetThePrintedCheckAsJson) {
+    EXPECT_EQ(Kkm({"--port", "1", "check", "--json", "-"}, kBread), 0);
+    EXPECT_EQ(out.str(),
+              "{\n"
+              "  \"printed\": true,\n"
+              "  \"firmware\": 303,\n"
+              "  \"lines\": 1,\n"
+              "  \"total\": 51.0\n"
+              "}\n");
+    EXPECT_THAT(err.str(), HasSubstr("  the check is printed\n"));
+}
+
+TEST_F(CommandLineTest, PaperThatRanOutIsStatus8) {
     library.failing["PrintCheck"] = 5;
-    EXPECT_EQ(Check(kBread), 7);
+    EXPECT_EQ(Check(kBread), 8);
     EXPECT_THAT(err.str(), HasSubstr("(error 5, "));
 }
 

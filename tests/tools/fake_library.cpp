@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include "VeskTarvoM5/VeskTarvoM5.h"
+#include "kkm/doctor.h"
 
 namespace test {
 namespace {
@@ -146,6 +147,10 @@ int cbGetDiscountValue() {
     return buffer.discount;
 }
 
+void cbClearSales() {
+    buffer = test::Buffer();
+}
+
 int CheckClose() {
     return FakeLibrary::Get().Call("CheckClose");
 }
@@ -185,4 +190,67 @@ int GetCashSum(int which, double* sum) {
     const int result = FakeLibrary::Get().Call("GetCashSum", std::to_string(which));
     *sum = 120.5;
     return result;
+}
+int GetTax(unsigned char number, double* tax) {
+    return test::Query("GetTax", tax, number == 3 ? 18.0 : 0.0);
+}
+int ReadSaleFromKL(int number, unsigned char* kind, unsigned char* selector, double* sum,
+                   double* amount2, double* amount3, double* amount4, double* signed_value,
+                   double* quantity, unsigned char* marked, unsigned short* code,
+                   unsigned char* code0, unsigned char* code1, unsigned char* code2,
+                   unsigned char* code3) {
+    if (FakeLibrary::Get().Call("ReadSaleFromKL", std::to_string(number)) == 0 ||
+        number == FakeLibrary::Get().unreadable_record) {
+        FakeLibrary::Get().error = echKLRead;
+        return 0;
+    }
+    *kind = 0;
+    *selector = 1;
+    *sum = 80.75 + number;
+    *amount2 = 42.5;
+    *amount3 = 4.25;
+    *amount4 = 0;
+    *signed_value = -5;
+    *quantity = 2;
+    *marked = 0;
+    *code = 7;
+    *code0 = 0x45;
+    *code1 = 0x67;
+    *code2 = 0x89;
+    *code3 = 0x01;
+    return 1;
+}
+
+int Feed(int n) {
+    return FakeLibrary::Get().Call("Feed", std::to_string(n));
+}
+int KKMPrintStr(char* text) {
+    return FakeLibrary::Get().Call("KKMPrintStr", test::Hex(text));
+}
+int Lock() {
+    return FakeLibrary::Get().Call("Lock");
+}
+int UnLock() {
+    return FakeLibrary::Get().Call("UnLock");
+}
+int ClearIndicator() {
+    return FakeLibrary::Get().Call("ClearIndicator");
+}
+int CheckCancel() {
+    return FakeLibrary::Get().Call("CheckCancel");
+}
+
+// No line, no register on it.
+std::optional<kkm::RegisterLook> kkm::LookAtRegister(const Address& /*address*/) {
+    auto& looks = FakeLibrary::Get().looks;
+    if (looks.empty()) {
+        return std::nullopt;
+    }
+    const auto look = looks.front();
+    looks.erase(looks.begin());
+    return look;
+}
+std::vector<kkm::Finding> kkm::ExamineRegister(const std::string& device) {
+    FakeLibrary::Get().Call("ExamineRegister", device);
+    return {{Grade::good, "answer", "a register answers", ""}};
 }

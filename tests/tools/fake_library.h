@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "kkm/register_state.h"
+
 namespace test {
 
 struct FakeLibrary {
@@ -16,6 +18,8 @@ struct FakeLibrary {
     int firmware = 303;
     int error = 0;
     bool throwing_cash = false;
+    int unreadable_record = 0;
+    std::vector<kkm::RegisterLook> looks;  // what the tool's own line sees, one after another
 
     static FakeLibrary& Get();
     // Forgets everything.

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <fstream>
 #include <sstream>
@@ -75,6 +76,8 @@ TEST_F(ProgramTest, ReadmeShowsThatPaper) {
 TEST_F(ProgramTest, StatusIsWhatTheRegisterHolds) {
     const RegisterProcess kassa({"--firmware", "310", "--baud", "57600", "--serial", "00000777"});
     EXPECT_EQ(Kkm(kassa, "status --json"), 0);
+    EXPECT_THAT(output, HasSubstr("\"state\": \"ks_kkmon\",\n  \"state_code\": 203,\n"
+                                  "  \"baud\": 57600,\n"));
     EXPECT_THAT(output, HasSubstr("\"firmware\": 310,\n  \"serial_number\": 777,\n"));
     EXPECT_THAT(output, HasSubstr("\"checks\": 0,\n  \"next_sale\": 1\n"));
 }
@@ -85,17 +88,67 @@ TEST_F(ProgramTest, CountersOfAnEmptyTapeAreZero) {
     EXPECT_THAT(output, HasSubstr("grand total   0.00\ncash          0.00\n"));
 }
 
-TEST_F(ProgramTest, CheckWithoutPaperIsStatus7) {
+TEST_F(ProgramTest, CheckWithoutPaperIsStatus8) {
     RegisterProcess kassa({});
     kassa.Say("paper out");
     kassa.Say("host");
-    EXPECT_EQ(Kkm(kassa, kCheckExample), 7);
+    EXPECT_EQ(Kkm(kassa, kCheckExample), 8);
     EXPECT_THAT(output, HasSubstr("(error 5, echPaperAbsent)"));
 }
 
-TEST_F(ProgramTest, DeviceThatIsNotThereIsStatus4) {
-    EXPECT_EQ(Sh(KKM_PROGRAM " --device /nowhere/tty status"), 4);
+TEST_F(ProgramTest, DeviceThatIsNotThereIsStatus6) {
+    EXPECT_EQ(Sh(KKM_PROGRAM " --device /nowhere/tty status"), 6);
     EXPECT_THAT(output, StartsWith("kkm: no connection to /nowhere/tty (error 1, echNoPort)\n"));
+}
+
+TEST_F(ProgramTest, DoctorFindsAGoodTillWell) {
+    const RegisterProcess kassa({"--firmware", "303"});
+    EXPECT_EQ(Kkm(kassa, "doctor"), 0);
+    EXPECT_THAT(output, HasSubstr("a register answers at 9600 baud"));
+    EXPECT_THAT(output, HasSubstr("firmware 303\n"));
+    EXPECT_THAT(output, EndsWith("nothing to mend\n"));
+}
+
+TEST_F(ProgramTest, TapeShowsThePrintedLines) {
+    RegisterProcess kassa({});
+    kassa.Say("host");
+    EXPECT_EQ(Kkm(kassa, kCheckExample), 0);
+    EXPECT_EQ(Kkm(kassa, "tape --csv --from 2"), 0);
+    EXPECT_EQ(output,
+              "number,kind,selector,sum,amount2,amount3,amount4,signed_value,quantity,marked,code,"
+              "code_bytes\r\n"
+              "2,0,0,222.87,680.00,11.73,0.00,-5,0.345,no,1,45678901\r\n"
+              "3,0,0,75.91,79.90,3.99,0.00,-5,1.000,no,1,45678901\r\n");
+    EXPECT_EQ(Sh(KKM_PROGRAM " explain VeskTarvoM5.log"), 0);
+    EXPECT_THAT(output, HasSubstr("check 1: printed\n  2 x 42.50  Хлеб ржаной (section 1)\n"));
+}
+
+TEST_F(ProgramTest, WatchSeesWithoutTouching) {
+    const RegisterProcess kassa({});
+    EXPECT_EQ(Kkm(kassa, "watch --looks 2 --interval 50 --json"), 0);
+    EXPECT_THAT(output, HasSubstr("\"state\":\"ks_kkmon\",\"state_code\":203,"));
+    EXPECT_EQ(std::count(output.begin(), output.end(), '\n'), 1);
+}
+
+TEST_F(ProgramTest, RunGivesTheHostItsPort) {
+    const RegisterProcess kassa({});
+    const int status = Sh(KKM_PROGRAM " run --device " + kassa.Tty() +
+                          " --port 77 -- " KKM_PROGRAM " --port 77 counters");
+    if (status == 125) {  // a kernel that gives no namespaces: said in words
+        EXPECT_THAT(output, HasSubstr("namespace"));
+        return;
+    }
+    EXPECT_EQ(status, 0);
+    EXPECT_THAT(output, HasSubstr("checks        0\n"));
+}
+
+TEST_F(ProgramTest, RunPassesTheStatusOn) {
+    const RegisterProcess kassa({});
+    const std::string run = KKM_PROGRAM " run --device " + kassa.Tty() + " -- ";
+    const int status = Sh(run + "sh -c 'exit 42'");
+    EXPECT_TRUE(status == 42 || status == 125) << status << output;
+    EXPECT_EQ(Sh(KKM_PROGRAM " run --device /nowhere/tty -- true"), 125);
+    EXPECT_EQ(output, "kkm: /nowhere/tty: No such file or directory\n");
 }
 
 TEST_F(ProgramTest, WaitingForTheCashierEndsByASignal) {

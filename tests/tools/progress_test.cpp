@@ -72,5 +72,23 @@ TEST(Progress, EndWithoutAStepSaysNothing) {
     EXPECT_EQ(to.str(), "");
 }
 
+TEST(ProgressBar, ShowsShareAndRemainingTime) {
+    EXPECT_EQ(BarLine("reading", 5, 20, std::chrono::milliseconds(1000)),
+              "reading [#####...............] 5 of 20, 3 s left");
+    EXPECT_EQ(BarLine("reading", 20, 20, std::chrono::milliseconds(1000)),
+              "reading [####################] 20 of 20");
+    EXPECT_EQ(BarLine("reading", 0, 0, std::chrono::milliseconds(0)),
+              "reading [####################] 0 of 0");
+}
+
+TEST(ProgressBar, IsSeenByTerminalsOnly) {
+    std::ostringstream to;
+    { ProgressBar(to, Terminal{}, "reading", 2).Advance(); }
+    EXPECT_EQ(to.str(), "");
+    { ProgressBar(to, kTerminal, "reading", 2).Advance(); }
+    EXPECT_THAT(to.str(), testing::HasSubstr("\r\033[Kreading [##########..........] 1 of 2"));
+    EXPECT_THAT(to.str(), EndsWith("\r\033[K"));
+}
+
 }  // namespace
 }  // namespace kkm

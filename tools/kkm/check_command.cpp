@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "VeskTarvoM5/VeskTarvoM5.h"
+#include "kkm/dry_run.h"
 #include "kkm/encoding.h"
 #include "kkm/figures.h"
 #include "kkm/progress.h"
@@ -11,12 +12,6 @@
 
 namespace kkm {
 namespace {
-
-constexpr std::size_t kLongestName = 72;
-constexpr std::size_t kLongestNameWithoutTitles = 16;
-constexpr int kLastWithoutTitles = 301;
-constexpr int kFirstWithCash = 301;
-constexpr int kLastWithCash = 309;
 
 std::string Count(std::size_t lines) {
     return std::to_string(lines) + (lines == 1 ? " line" : " lines");
@@ -86,15 +81,14 @@ std::vector<std::string> RegisterNames(const CheckFile& check, std::ostream& war
 // What this firmware will leave out, though the library takes it.
 void WarnOfFirmware(int firmware, const CheckFile& check, const std::vector<std::string>& names,
                     std::ostream& warnings) {
-    const std::size_t longest =
-        firmware <= kLastWithoutTitles ? kLongestNameWithoutTitles : kLongestName;
+    const FirmwareRules rules = RulesOf(firmware);
     for (std::size_t i = 0; i < names.size(); ++i) {
-        if (names[i].size() > longest) {
-            warnings << "kkm: sale line " << i + 1 << ": only " << longest
+        if (names[i].size() > rules.longest_name) {
+            warnings << "kkm: sale line " << i + 1 << ": only " << rules.longest_name
                      << " letters of the name are printed" << std::endl;
         }
     }
-    if (check.cash && (firmware < kFirstWithCash || firmware > kLastWithCash)) {
+    if (check.cash && !rules.takes_cash) {
         warnings << "kkm: firmware " << firmware
                  << " takes no cash from a program: the check will be paid exactly" << std::endl;
     }
@@ -128,23 +122,30 @@ std::string BufferText() {
     return text + ", total " + MoneyText(cbGetSum());
 }
 
+RegisterFailure NotPrinted(int code) {
+    switch (code) {
+        case echPaperAbsent:
+            return {ExitStatus::paper_absent, "the check was not printed", code};
+        case echDevice:     // the line may have died behind the closing
+        case echPrintTest:  // the counters moved otherwise than by this check
+            return {ExitStatus::unknown, "the check is not confirmed as printed", code};
+        default:
+            return {ExitStatus::not_printed, "the check was not printed", code};
+    }
+}
+
 void Print(Progress& progress, std::size_t lines) {
     Printing state{progress, lines, {}};
     const Listening listening(state);
     progress.Step("waiting for the register to ask for the check (Ctrl-C gives up)");
     if (PrintCheck() == 0) {
-        const int code = GetErrorCode();
-        // A line that dies after the closing leaves a printed check that nobody confirmed.
-        throw RegisterFailure(
-            code == echPaperAbsent ? ExitStatus::paper_absent : ExitStatus::not_printed,
-            code == echDevice ? "the check is not confirmed as printed"
-                              : "the check was not printed",
-            code);
+        throw NotPrinted(GetErrorCode());
     }
 }
 
-void PrintCheckFile(const Address& address, const CheckFile& check, Streams& streams,
-                    Progress& progress) {
+// Gives what a program wants to know of the printed check.
+std::vector<Figure> PrintCheckFile(const Address& address, const CheckFile& check, Streams& streams,
+                                   Progress& progress) {
     const std::vector<std::string> names = RegisterNames(check, streams.err);
     progress.Step("connecting to " + address.Text());
     const Connection connection(address);
@@ -153,24 +154,32 @@ void PrintCheckFile(const Address& address, const CheckFile& check, Streams& str
     WarnOfFirmware(firmware, check, names, streams.err);
     FillBuffer(check, names);
     progress.Note(BufferText());
+    const double total = cbGetSum();
     progress.Step("preparing the register");
     Require(CheckClose(), ExitStatus::refused, "the register does not take the check");
     Print(progress, names.size());
     progress.Step("leaving the register");
+    return {FlagFigure("printed", "", true, "", ""), NumberFigure("firmware", "", firmware),
+            NumberFigure("lines", "", static_cast<int>(names.size())),
+            MoneyFigure("total", "", total)};
 }
 
 }  // namespace
 
-ExitStatus RunCheck(const Address& address, const CheckFile& check, Streams& streams) {
-    Progress progress(streams.out, streams.out_terminal);
+ExitStatus RunCheck(const Address& address, const CheckFile& check, bool as_json,
+                    Streams& streams) {
+    Progress progress(as_json ? streams.err : streams.out,
+                      as_json ? streams.err_terminal : streams.out_terminal);
     try {
-        PrintCheckFile(address, check, streams, progress);
+        const std::vector<Figure> figures = PrintCheckFile(address, check, streams, progress);
         progress.Note("the check is printed");
+        if (as_json) {
+            streams.out << FiguresAsJson(figures) << std::flush;
+        }
         return ExitStatus::done;
     } catch (const RegisterFailure& failure) {
         progress.Failed();
-        ReportFailure(failure, streams.err);
-        return failure.status();
+        return Report(failure, as_json, streams);
     }
 }
 

@@ -9,7 +9,8 @@
 namespace kkm {
 
 // Blocks until the register asks for the check, which is up to its cashier, and until it is
-// printed. Done only when the register's counters proved that it was.
-ExitStatus RunCheck(const Address& address, const CheckFile& check, Streams& streams);
+// printed. Done only when the register's counters proved that it was. With JSON the steps go to the
+// error stream and one object follows on the other.
+ExitStatus RunCheck(const Address& address, const CheckFile& check, bool as_json, Streams& streams);
 
 }  // namespace kkm

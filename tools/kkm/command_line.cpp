@@ -1,33 +1,50 @@
 #include "kkm/command_line.h"
 
 #include <CLI/CLI.hpp>
+#include <functional>
 
 #include "kkm/check_command.h"
+#include "kkm/doctor.h"
+#include "kkm/dry_run.h"
+#include "kkm/explain.h"
 #include "kkm/query_commands.h"
+#include "kkm/run_command.h"
+#include "kkm/service_commands.h"
+#include "kkm/tape_command.h"
+#include "kkm/watch_command.h"
 
 namespace kkm {
 namespace {
 
 constexpr auto kAbout =
-    "Prints checks on a Tarvo M5 cash register and reads its counters.\n"
-    "The library writes its trace, VeskTarvoM5.log, in the folder that kkm is started in.";
+    "The service tool of Tarvo M5 cash registers: prints checks, reads what a register holds, "
+    "finds\n"
+    "out what keeps a till from printing. The driver writes its trace, VeskTarvoM5.log, in the\n"
+    "folder that kkm is started in.";
 
 constexpr auto kExamples = R"(Examples:
-  kkm --device /dev/ttyUSB0 status
-  kkm --port 1 counters --json
+  kkm --device /dev/ttyUSB0 doctor
   kkm --device /dev/ttyUSB0 check check.json
-  echo '{"lines":[{"name":"Хлеб","price":25.5}]}' | kkm --port 1 check -
+  kkm --port 1 counters --json
+  kkm --port 1 tape --from 10 --csv
+  echo '{"lines":[{"name":"Хлеб","price":25.5}]}' | kkm check --dry-run -
+  kkm explain 34
+  kkm explain VeskTarvoM5.log
+  kkm --device /dev/ttyUSB0 run --port 2 -- ./till
 
 Exit status:
-  0  the check was printed; the figures were read
-  1  something unforeseen
-  2  the command line is wrong
-  3  the check file cannot be read or is no check
-  4  no register at that device
-  5  the check was refused before anything was printed
-  6  the check was not printed, or nobody knows: look at the paper
-  7  no paper; the check is still open at the register
-  8  a figure could not be read
+  0    done; with check: the check was printed
+  1    something unforeseen
+  2    the command line is wrong
+  3    the check was not printed
+  4    nobody knows whether the check was printed: look at the paper
+  5    a file cannot be read or is not what it should be
+  6    no register at that device
+  7    refused; nothing was printed
+  8    no paper; the check is still open at the register
+  9    a figure could not be read
+  10   doctor found something to mend
+  125  run could not give the program its device; 126, 127 could not start it
 )";
 
 constexpr auto kCheckFormat = R"(The check is a JSON text:
@@ -49,79 +66,224 @@ It is printed when the cashier has the register ask for it. Until then Ctrl-C
 gives up; from then on it waits for the end, so that no check is left half-way.
 )";
 
-struct CommandLine {
-    Address address;
-    std::string check_path;
-    bool as_json = false;
-    CLI::App* check = nullptr;
-    CLI::App* status = nullptr;
-    CLI::App* counters = nullptr;
+constexpr auto kRunAbout =
+    R"(The program finds the device as its port N, /dev/ttyS(N-1), and needs no change:
+a USB adapter or the virtual register stands in for a built-in port. It runs in
+a mount namespace of its own; nothing changes for other programs. kkm gives the
+program's exit status.
+)";
+
+// Everything that the command line says, and what to do about it.
+class CommandLine {
+  public:
+    explicit CommandLine(Streams& streams);
+
+    ExitStatus Run(int argc, const char* const* argv);
+    CLI::App& app() { return app_; }
+
+  private:
+    CLI::App* Add(const std::string& name, const std::string& about,
+                  std::function<ExitStatus()> run, bool needs_register = true);
+    void AddCheck();
+    void AddQueries();
+    void AddServices();
+    void AddTools();
+    void RequireRegister() const;
+
+    Streams& streams_;
+    CLI::App app_{kAbout};
+    std::function<ExitStatus()> run_;
+    bool needs_register_ = false;
+
+    Address address_;
+    bool as_json_ = false;
+    std::string path_;
+    bool dry_run_ = false;
+    int firmware_ = 303;
+    TapeRange range_;
+    bool csv_ = false;
+    std::string text_;
+    int times_ = 1;
+    bool clear_ = false;
+    WatchOptions watch_;
+    std::string directory_;
+    std::string what_;
+    RunOptions host_;
 };
 
-void Describe(CLI::App& app, CommandLine& line) {
-    app.name("kkm");
-    app.footer(kExamples);
-    app.set_version_flag("--version", "kkm " KKM_VERSION);
-    app.require_subcommand(1);
-    app.fallthrough();
-
+CommandLine::CommandLine(Streams& streams) : streams_(streams) {
+    app_.name("kkm");
+    app_.footer(kExamples);
+    app_.set_version_flag("--version", "kkm " KKM_VERSION);
+    app_.require_subcommand(1);
+    app_.fallthrough();
     auto* const device =
-        app.add_option("--device", line.address.device, "Serial device of the register")
+        app_.add_option("--device", address_.device, "Serial device of the register")
             ->type_name("PATH");
     auto* const port =
-        app.add_option("--port", line.address.port, "The same by number: 1 for /dev/ttyS0")
+        app_.add_option("--port", address_.port, "The same by number: 1 for /dev/ttyS0")
             ->type_name("N")
             ->check(CLI::Range(1, 255))
             ->excludes(device);
     device->excludes(port);
+    app_.add_flag("--json", as_json_, "Write JSON");
+    AddCheck();
+    AddQueries();
+    AddServices();
+    AddTools();
+}
 
-    line.check = app.add_subcommand("check", "Print a check");
-    line.check->add_option("FILE", line.check_path, "The check, or - for standard input")
+CLI::App* CommandLine::Add(const std::string& name, const std::string& about,
+                           std::function<ExitStatus()> run, bool needs_register) {
+    CLI::App* const command = app_.add_subcommand(name, about);
+    command->callback([this, run = std::move(run), needs_register] {
+        run_ = run;
+        needs_register_ = needs_register;
+    });
+    return command;
+}
+
+void CommandLine::AddCheck() {
+    CLI::App* const check = Add(
+        "check", "Print a check, or show it before it is printed",
+        [this] {
+            const CheckFile file = ReadCheck(path_, streams_.in);
+            if (dry_run_) {
+                return DryRun(file, firmware_, as_json_, streams_);
+            }
+            RequireRegister();
+            return RunCheck(address_, file, as_json_, streams_);
+        },
+        false);
+    check->add_option("FILE", path_, "The check, or - for standard input")->required();
+    check->add_flag("--dry-run", dry_run_, "Show the receipt as it will be; send nothing");
+    check->add_option("--firmware", firmware_, "Firmware for --dry-run")
+        ->check(CLI::IsMember({301, 302, 303, 310, 400}))
+        ->capture_default_str();
+    check->footer(kCheckFormat);
+}
+
+void CommandLine::AddQueries() {
+    Add("status", "Show state, firmware, serial number, shift and counters",
+        [this] { return RunStatus(address_, as_json_, streams_); });
+    Add("counters", "Show the counters, the grand total and the cash",
+        [this] { return RunCounters(address_, as_json_, streams_); });
+    Add("taxes", "Show the settings of the taxes",
+        [this] { return RunTaxes(address_, as_json_, streams_); });
+    CLI::App* const tape = Add("tape", "Show the records of the control tape", [this] {
+        const TapeFormat format = csv_       ? TapeFormat::csv
+                                  : as_json_ ? TapeFormat::json
+                                             : TapeFormat::table;
+        return RunTape(address_, range_, format, streams_);
+    });
+    tape->add_option("--from", range_.from, "First record")
+        ->type_name("N")
+        ->check(CLI::Range(1, 65535))
+        ->capture_default_str();
+    tape->add_option("--to", range_.to, "Last record; the last one of all unless given")
+        ->type_name("M")
+        ->check(CLI::Range(1, 65535));
+    tape->add_flag("--csv", csv_, "Write comma-separated values");
+    CLI::App* const watch =
+        Add("watch", "Show state and counters whenever they change, until Ctrl-C", [this] {
+            watch_.as_json = as_json_;
+            return RunWatch(address_, watch_, streams_);
+        });
+    watch->add_option("--interval", watch_.interval_ms, "Milliseconds between two looks")
+        ->type_name("MS")
+        ->check(CLI::Range(50, 3'600'000))
+        ->capture_default_str();
+    watch->add_option("--looks", watch_.looks, "How often; 0: without end")
+        ->type_name("N")
+        ->check(CLI::Range(0, 1'000'000))
+        ->capture_default_str();
+}
+
+void CommandLine::AddServices() {
+    Add("text", "Print a line of text",
+        [this] { return RunText(address_, text_, as_json_, streams_); })
+        ->add_option("TEXT", text_, "Up to 16 letters")
         ->required();
-    line.check->footer(kCheckFormat);
+    Add("feed", "Feed the paper", [this] { return RunFeed(address_, times_, as_json_, streams_); })
+        ->add_option("N", times_, "How often, 40 lines each time")
+        ->check(CLI::Range(1, 100))
+        ->capture_default_str();
+    Add("lock", "Lock the keyboard", [this] { return RunLock(address_, as_json_, streams_); });
+    Add("unlock", "Unlock the keyboard",
+        [this] { return RunUnlock(address_, as_json_, streams_); });
+    Add("display", "Clear the customer display",
+        [this] { return RunDisplayClear(address_, as_json_, streams_); })
+        ->add_flag("--clear", clear_, "Clear it")
+        ->required();
+    Add("cancel", "Reset the register's state",
+        [this] { return RunCancel(address_, as_json_, streams_); });
+}
 
-    line.status = app.add_subcommand("status", "Show firmware, serial number, shift and counters");
-    line.counters =
-        app.add_subcommand("counters", "Show the counters, the grand total and the cash");
-    for (CLI::App* query : {line.status, line.counters}) {
-        query->add_flag("--json", line.as_json, "Print a JSON object");
+void CommandLine::AddTools() {
+    Add("doctor", "Find out what keeps the till from printing, and what to do",
+        [this] { return RunDoctor(address_, directory_, as_json_, streams_); })
+        ->add_option("--directory", directory_, "Working directory of the host program")
+        ->type_name("DIR");
+    Add(
+        "explain", "Say what a code means, or retell a trace file",
+        [this] { return RunExplain(what_, as_json_, streams_); }, false)
+        ->add_option("WHAT", what_,
+                     "Code or name of an error, a state or a key; or a VeskTarvoM5.log")
+        ->required();
+    CLI::App* const run = Add(
+        "run", "Run a host program that finds the device at its own port",
+        [this] {
+            if (address_.device.empty()) {
+                throw CLI::RequiredError("--device");
+            }
+            host_.device = address_.device;
+            return static_cast<ExitStatus>(RunHost(host_, streams_));
+        },
+        false);
+    run->fallthrough(false);
+    run->add_option("--device", address_.device, "What stands in for the port")->type_name("PATH");
+    run->add_option("--port", host_.port, "The host's port: 1 for /dev/ttyS0")
+        ->type_name("N")
+        ->check(CLI::Range(1, 255))
+        ->capture_default_str();
+    run->add_option("--directory", host_.directory, "Directory to start in, for the trace files")
+        ->type_name("DIR");
+    run->add_option("HOST", host_.host, "The program and its arguments, behind --")->required();
+    run->footer(kRunAbout);
+}
+
+void CommandLine::RequireRegister() const {
+    if (address_.device.empty() && address_.port == 0) {
+        throw CLI::RequiredError("--device or --port");
     }
 }
 
-ExitStatus Execute(const CommandLine& line, Streams& streams) {
-    if (*line.status) {
-        return RunStatus(line.address, line.as_json, streams);
+ExitStatus CommandLine::Run(int argc, const char* const* argv) {
+    app_.parse(argc, argv);
+    if (needs_register_) {
+        RequireRegister();
     }
-    if (*line.counters) {
-        return RunCounters(line.address, line.as_json, streams);
-    }
-    try {
-        return RunCheck(line.address, ReadCheck(line.check_path, streams.in), streams);
-    } catch (const CheckFileError& e) {
-        streams.err << "kkm: " << e.what() << std::endl;
-        return ExitStatus::bad_file;
-    }
+    return run_();
 }
 
 }  // namespace
 
 ExitStatus Run(int argc, const char* const* argv, Streams& streams) {
-    CLI::App app(kAbout);
-    CommandLine line;
     try {
-        Describe(app, line);
-        app.parse(argc, argv);
-        if (line.address.device.empty() && line.address.port == 0) {
-            throw CLI::RequiredError("--device or --port");
+        CommandLine line(streams);
+        try {
+            return line.Run(argc, argv);
+        } catch (const CLI::ParseError& e) {
+            if (e.get_exit_code() == 0) {  // help or the version was asked for
+                line.app().exit(e, streams.out, streams.err);
+                return ExitStatus::done;
+            }
+            streams.err << "kkm: " << e.what() << " (kkm --help tells more)" << std::endl;
+            return ExitStatus::usage;
         }
-        return Execute(line, streams);
-    } catch (const CLI::ParseError& e) {
-        if (e.get_exit_code() == 0) {  // help or the version was asked for
-            app.exit(e, streams.out, streams.err);
-            return ExitStatus::done;
-        }
-        streams.err << "kkm: " << e.what() << " (kkm --help tells more)" << std::endl;
-        return ExitStatus::usage;
+    } catch (const CheckFileError& e) {
+        streams.err << "kkm: " << e.what() << std::endl;
+        return ExitStatus::bad_file;
     } catch (const std::exception& e) {
         streams.err << "kkm: " << e.what() << std::endl;
         return ExitStatus::failed;

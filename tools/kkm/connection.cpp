@@ -9,6 +9,10 @@ std::string Address::Text() const {
     return device.empty() ? "port " + std::to_string(port) : device;
 }
 
+std::string Address::Device() const {
+    return device.empty() ? "/dev/ttyS" + std::to_string(port - 1) : device;
+}
+
 Connection::Connection(const Address& address) {
     std::string device = address.device;  // the library takes texts that may be changed
     const int connected =

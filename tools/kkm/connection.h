@@ -11,6 +11,8 @@ struct Address {
     int port = 0;
 
     std::string Text() const;
+    // The device's name in either case: port 1 is /dev/ttyS0.
+    std::string Device() const;
 };
 
 // Connects, and disconnects however the command ends.

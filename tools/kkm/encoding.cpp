@@ -14,9 +14,11 @@ bool IsContinuation(char c) {
     return (static_cast<unsigned char>(c) & 0xC0U) == 0x80;
 }
 
+constexpr std::size_t kLongestLetter = 4;
+
 class Converter {
   public:
-    Converter() : handle_(iconv_open("CP866", "UTF-8")) {
+    Converter(const char* to, const char* from) : handle_(iconv_open(to, from)) {
         if (handle_ == Failed()) {
             throw std::runtime_error("this system cannot convert to code page 866 (iconv)");
         }
@@ -27,7 +29,7 @@ class Converter {
 
     // Converts as far as it can; the letter that stops it stands at the new `from`.
     void Convert(char*& from, std::size_t& left, std::string& to) {
-        std::size_t room = left;  // one byte for a letter of one byte or more
+        std::size_t room = left * kLongestLetter;
         to.resize(to.size() + room);
         char* out = to.data() + to.size() - room;
         const bool stopped =
@@ -47,7 +49,7 @@ class Converter {
 }  // namespace
 
 RegisterText ToRegisterText(const std::string& utf8) {
-    Converter converter;
+    Converter converter("CP866", "UTF-8");
     RegisterText text;
     std::string source = utf8;  // iconv takes a pointer to bytes that may be changed
     char* from = source.data();
@@ -68,6 +70,19 @@ RegisterText ToRegisterText(const std::string& utf8) {
         from += length;
         left -= length;
     }
+    return text;
+}
+
+std::string FromRegisterText(const std::string& bytes) {
+    Converter converter("UTF-8", "CP866");
+    std::string source = bytes;
+    for (char& c : source) {
+        c = static_cast<unsigned char>(c) < 0x20 || c == 0x7F ? ' ' : c;
+    }
+    std::string text;
+    char* from = source.data();
+    std::size_t left = source.size();
+    converter.Convert(from, left, text);  // every byte is a letter of this page
     return text;
 }
 

@@ -16,4 +16,7 @@ struct RegisterText {
 // converter.
 RegisterText ToRegisterText(const std::string& utf8);
 
+// Converts code page 866 to UTF-8. Each control character becomes a blank.
+std::string FromRegisterText(const std::string& bytes);
+
 }  // namespace kkm

@@ -37,6 +37,9 @@ std::string FiguresAsText(const std::vector<Figure>& figures) {
     }
     std::string text;
     for (const Figure& figure : figures) {
+        if (figure.label.empty()) {
+            continue;
+        }
         text += figure.label + std::string(width - figure.label.size() + 2, ' ') + figure.text;
         text += '\n';
     }

@@ -9,7 +9,7 @@ namespace kkm {
 
 struct Figure {
     std::string key;    // name in JSON
-    std::string label;  // name for people
+    std::string label;  // name for people; empty: only programs see it
     std::string text;   // value for people
     nlohmann::ordered_json value;
 };

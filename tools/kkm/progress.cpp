@@ -20,6 +20,36 @@ std::string TickerLine(const std::string& step, std::chrono::seconds elapsed) {
     return "  " + step + " ... " + std::to_string(elapsed.count()) + " s";
 }
 
+std::string BarLine(const std::string& what, int done, int all, std::chrono::milliseconds elapsed) {
+    constexpr int kWidth = 20;
+    const auto filled = static_cast<std::size_t>(all == 0 ? kWidth : kWidth * done / all);
+    std::string line = what + " [" + std::string(filled, '#') + std::string(kWidth - filled, '.') +
+                       "] " + std::to_string(done) + " of " + std::to_string(all);
+    if (done > 0 && done < all) {
+        const auto left = elapsed * (all - done) / done;
+        line += ", " + std::to_string((left.count() + 999) / 1000) + " s left";
+    }
+    return line;
+}
+
+ProgressBar::ProgressBar(std::ostream& to, Terminal terminal, const std::string& what, int all)
+    : to_(to), live_(terminal.live), what_(what), all_(all) {}
+
+ProgressBar::~ProgressBar() {
+    if (live_) {
+        to_ << kEraseLine << std::flush;
+    }
+}
+
+void ProgressBar::Advance() {
+    ++done_;
+    if (live_) {
+        const auto elapsed = std::chrono::duration_cast<std::chrono::milliseconds>(
+            std::chrono::steady_clock::now() - begin_);
+        to_ << kEraseLine << BarLine(what_, done_, all_, elapsed) << std::flush;
+    }
+}
+
 void Progress::Step(const std::string& text) {
     Done();
     step_ = text;

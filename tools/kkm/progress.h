@@ -48,6 +48,30 @@ class Progress {
     bool stop_ = false;
 };
 
+// A bar for a known number of things, with the time that the rest takes. Only a terminal sees it;
+// it is erased at the end.
+class ProgressBar {
+  public:
+    ProgressBar(std::ostream& to, Terminal terminal, const std::string& what, int all);
+    ~ProgressBar();
+    ProgressBar(const ProgressBar&) = delete;
+    ProgressBar& operator=(const ProgressBar&) = delete;
+
+    // One more is done.
+    void Advance();
+
+  private:
+    std::ostream& to_;
+    bool live_;
+    std::string what_;
+    int all_;
+    int done_ = 0;
+    std::chrono::steady_clock::time_point begin_ = std::chrono::steady_clock::now();
+};
+
+// "reading [#####.....] 12 of 24, 3 s left"
+std::string BarLine(const std::string& what, int done, int all, std::chrono::milliseconds elapsed);
+
 // "  sending ... 12 s": the running step.
 std::string TickerLine(const std::string& step, std::chrono::seconds elapsed);
 

@@ -3,12 +3,14 @@
 #include "VeskTarvoM5/VeskTarvoM5.h"
 #include "kkm/figures.h"
 #include "kkm/progress.h"
+#include "kkm/register_state.h"
 #include "kkm/report.h"
 
 namespace kkm {
 namespace {
 
 constexpr int kCash = 1;  // the first kind of payment
+constexpr unsigned char kLastTax = 16;
 
 using Figures = std::vector<Figure>;
 
@@ -29,6 +31,14 @@ void AddCounters(Figures& figures) {
 Figures ReadStatus(const Address& address) {
     Figures figures;
     figures.push_back(TextFigure("device", "register", address.Text()));
+    // Before the driver comes: its connecting changes the state.
+    const auto look = LookAtRegister(address);
+    const Connection connection(address);
+    if (look) {
+        for (Figure& figure : StateAsFigures(look->state)) {
+            figures.push_back(std::move(figure));
+        }
+    }
     figures.push_back(NumberFigure("firmware", "firmware", Firmware()));
     figures.push_back(
         NumberFigure("serial_number", "serial number", Read(GetKKMNum, "serial number")));
@@ -38,7 +48,8 @@ Figures ReadStatus(const Address& address) {
     return figures;
 }
 
-Figures ReadCounters(const Address& /*address*/) {
+Figures ReadCounters(const Address& address) {
+    const Connection connection(address);
     Figures figures;
     AddCounters(figures);
     figures.push_back(MoneyFigure("grand_total", "grand total", Read(GetNI, "grand total")));
@@ -48,13 +59,25 @@ Figures ReadCounters(const Address& /*address*/) {
     return figures;
 }
 
+Figures ReadTaxes(const Address& address) {
+    const Connection connection(address);
+    Figures figures;
+    for (unsigned char number = 0; number <= kLastTax; ++number) {
+        double tax = 0;
+        const std::string name = "tax " + std::to_string(number);
+        Require(GetTax(number, &tax), ExitStatus::not_read, name + " could not be read");
+        figures.push_back(
+            NumberFigure("tax_" + std::to_string(number), name, static_cast<int>(tax)));
+    }
+    return figures;
+}
+
 // The figures come whole or not at all; only a terminal sees the waiting.
 Figures ReadWaiting(const Address& address, Figures (*read)(const Address&), Streams& streams) {
     Progress progress(streams.err, streams.err_terminal);
     if (streams.err_terminal.live) {
         progress.Step("reading " + address.Text());
     }
-    const Connection connection(address);
     return read(address);
 }
 
@@ -65,11 +88,7 @@ ExitStatus RunQuery(const Address& address, Figures (*read)(const Address&), boo
         streams.out << (as_json ? FiguresAsJson(figures) : FiguresAsText(figures)) << std::flush;
         return ExitStatus::done;
     } catch (const RegisterFailure& failure) {
-        if (as_json) {
-            ReportFailureAsJson(failure, streams.out);
-        }
-        ReportFailure(failure, streams.err);
-        return failure.status();
+        return Report(failure, as_json, streams);
     }
 }
 
@@ -81,6 +100,10 @@ ExitStatus RunStatus(const Address& address, bool as_json, Streams& streams) {
 
 ExitStatus RunCounters(const Address& address, bool as_json, Streams& streams) {
     return RunQuery(address, ReadCounters, as_json, streams);
+}
+
+ExitStatus RunTaxes(const Address& address, bool as_json, Streams& streams) {
+    return RunQuery(address, ReadTaxes, as_json, streams);
 }
 
 }  // namespace kkm

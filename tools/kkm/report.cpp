@@ -45,7 +45,16 @@ void ReportFailureAsJson(const RegisterFailure& failure, std::ostream& to) {
     error["code"] = failure.code();
     error["name"] = KKMErrorName(failure.code());
     error["advice"] = KKMErrorAdvice(failure.code());
+    error["exit_status"] = static_cast<int>(failure.status());
     to << nlohmann::ordered_json{{"error", error}}.dump(2) << std::endl;
+}
+
+ExitStatus Report(const RegisterFailure& failure, bool as_json, Streams& streams) {
+    if (as_json) {
+        ReportFailureAsJson(failure, streams.out);
+    }
+    ReportFailure(failure, streams.err);
+    return failure.status();
 }
 
 }  // namespace kkm

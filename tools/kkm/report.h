@@ -6,6 +6,7 @@
 #include <string>
 
 #include "kkm/exit_status.h"
+#include "kkm/streams.h"
 
 namespace kkm {
 
@@ -29,5 +30,8 @@ void Require(int result, ExitStatus status, const std::string& what);
 void ReportFailure(const RegisterFailure& failure, std::ostream& to);
 // The same as a JSON object { "error": { ... } }.
 void ReportFailureAsJson(const RegisterFailure& failure, std::ostream& to);
+// To people on the error stream and, when JSON was asked for, to programs on the other one. Gives
+// the failure's status.
+ExitStatus Report(const RegisterFailure& failure, bool as_json, Streams& streams);
 
 }  // namespace kkm

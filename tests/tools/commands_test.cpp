@@ -1,0 +1,199 @@
+// The commands beside check, status and counters.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "VeskTarvoM5/VeskTarvoM5.h"
+#include "kkm/command_line.h"
+#include "tools/fake_library.h"
+
+namespace kkm {
+namespace {
+
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::HasSubstr;
+
+class CommandsTest : public testing::Test {
+  protected:
+    CommandsTest() { library.Reset(); }
+
+    int Kkm(std::vector<const char*> arguments, const std::string& input = "") {
+        arguments.insert(arguments.begin(), "kkm");
+        std::istringstream in(input);
+        out.str("");
+        err.str("");
+        Streams streams{in, out, err, {}, {}};
+        return static_cast<int>(
+            kkm::Run(static_cast<int>(arguments.size()), arguments.data(), streams));
+    }
+
+    test::FakeLibrary& library = test::FakeLibrary::Get();
+    std::ostringstream out;
+    std::ostringstream err;
+};
+
+TEST_F(CommandsTest, ServicesSayWhatTheyDid) {
+    const std::tuple<std::vector<const char*>, const char*, const char*> services[] = {
+        {{"--port", "1", "feed", "3"}, "Feed 3", "the paper is fed\n"},
+        {{"--port", "1", "feed"}, "Feed 1", "the paper is fed\n"},
+        {{"--port", "1", "lock"}, "Lock", "the keyboard is locked\n"},
+        {{"--port", "1", "unlock"}, "UnLock", "the keyboard is unlocked\n"},
+        {{"--port", "1", "display", "--clear"}, "ClearIndicator", "the display is cleared\n"},
+        {{"--port", "1", "cancel"}, "CheckCancel", "the register's state is reset\n"},
+    };
+    for (const auto& [arguments, call, said] : services) {
+        library.Reset();
+        EXPECT_EQ(Kkm(arguments), 0);
+        EXPECT_THAT(library.calls, ElementsAre("ConnectKKM 1", call, "DisconnectKKM"));
+        EXPECT_EQ(out.str(), said);
+    }
+    EXPECT_EQ(Kkm({"--port", "1", "lock", "--json"}), 0);
+    EXPECT_EQ(out.str(), "{\n  \"done\": \"the keyboard is locked\"\n}\n");
+}
+
+TEST_F(CommandsTest, ServiceThatFailsIsStatus7) {
+    library.failing["UnLock"] = 2;
+    EXPECT_EQ(Kkm({"--port", "1", "unlock"}), 7);
+    EXPECT_EQ(out.str(), "");
+    EXPECT_THAT(err.str(), HasSubstr("kkm: the register did not do it (error 2, echDevice)\n"));
+}
+
+TEST_F(CommandsTest, TextGoesOutInTheRegistersCodePage) {
+    EXPECT_EQ(Kkm({"--port", "1", "text", "Ура «"}), 0);
+    EXPECT_THAT(library.calls, testing::Contains("KKMPrintStr 93 e0 a0 20 3f"));
+    EXPECT_EQ(err.str(), "kkm: the register lacks and prints as '?': «\n");
+    EXPECT_EQ(Kkm({"--port", "1", "text", "12345678901234567"}), 0);
+    EXPECT_EQ(err.str(), "kkm: only 16 letters are printed: 1234567890123456\n");
+}
+
+TEST_F(CommandsTest, TaxesAreSeventeen) {
+    EXPECT_EQ(Kkm({"--port", "1", "taxes"}), 0);
+    EXPECT_THAT(out.str(), HasSubstr("tax 3   18\n"));
+    EXPECT_THAT(out.str(), EndsWith("tax 16  0\n"));
+    library.failing["GetTax"] = 2;
+    EXPECT_EQ(Kkm({"--port", "1", "taxes"}), 9);
+}
+
+TEST_F(CommandsTest, TapeIsATable) {
+    EXPECT_EQ(Kkm({"--port", "1", "tape", "--from", "9", "--to", "10"}), 0);
+    EXPECT_EQ(
+        out.str(),
+        "number  kind  selector    sum  amount2  amount3  amount4  signed_value  quantity  marked  "
+        "code  code_bytes\n"
+        "     9     0         1  89.75    42.50     4.25     0.00            -5     2.000      no  "
+        "   7    45678901\n"
+        "    10     0         1  90.75    42.50     4.25     0.00            -5     2.000      no  "
+        "   7    45678901\n");
+}
+
+TEST_F(CommandsTest, TapeEndsWithTheLastRecord) {
+    EXPECT_EQ(Kkm({"--port", "1", "tape", "--from", "57", "--csv"}), 0);  // the next sale is 58
+    EXPECT_EQ(out.str(),
+              "number,kind,selector,sum,amount2,amount3,amount4,signed_value,quantity,marked,code,"
+              "code_bytes\r\n"
+              "57,0,1,137.75,42.50,4.25,0.00,-5,2.000,no,7,45678901\r\n");
+    EXPECT_EQ(Kkm({"--port", "1", "tape", "--from", "58", "--json"}), 0);
+    EXPECT_EQ(out.str(), "{\n  \"records\": []\n}\n");
+}
+
+TEST_F(CommandsTest, RecordsBeforeAnUnreadableOneAreShown) {
+    library.unreadable_record = 3;
+    EXPECT_EQ(Kkm({"--port", "1", "tape", "--csv"}), 9);
+    EXPECT_THAT(out.str(), HasSubstr("\r\n2,0,1,82.75,"));
+    EXPECT_THAT(out.str(), testing::Not(HasSubstr("\r\n3,")));
+    EXPECT_THAT(err.str(), HasSubstr("kkm: record 3 could not be read (error 10,"));
+}
+
+TEST_F(CommandsTest, WatchWritesWhatChanges) {
+    const RegisterLook idle{{9600, 0xA0, {}}, RegisterCounters{1, 30, 57}};
+    const RegisterLook printed{{9600, 0xA0, {}}, RegisterCounters{1, 31, 58}};
+    library.looks = {idle, idle, printed};
+    EXPECT_EQ(Kkm({"--port", "1", "watch", "--looks", "4", "--interval", "50"}), 0);
+    std::istringstream lines(out.str());
+    for (const char* line :
+         {"  0xA0 ks_none: idle, control tape 1, checks 30, sales 57",
+          "  0xA0 ks_none: idle, control tape 1, checks 31, sales 58", "  no answer"}) {
+        std::string seen;
+        std::getline(lines, seen);
+        EXPECT_EQ(seen.substr(8), line);  // behind the time
+    }
+    EXPECT_EQ(lines.peek(), EOF);
+    EXPECT_EQ(Kkm({"--port", "1", "watch", "--looks", "1"}), 6);
+}
+
+TEST_F(CommandsTest, DryRunShowsTheReceiptAndTouchesNoRegister) {
+    const std::string name(40, 'x');
+    const std::string check = R"({"lines": [{"name": "Сыр «А»", "price": 2, "quantity": 1.5},)"
+                              R"( {"name": ")" +
+                              name + R"(", "price": 1}], "discount": -10, "cash": 2})";
+    EXPECT_EQ(Kkm({"check", "--dry-run", "-"}, check), 0);
+    EXPECT_EQ(out.str(),
+              "the check on firmware 303; nothing is sent\n"
+              "   1  Сыр ?А?\n"
+              "      1.500 x 2.00 = 3.00\n"
+              "      printed as '?': « »\n"
+              "   2  xxxxxxxxxxxxxxxxxx|xxxxxxxxxxxxxxxxxx|xxxx\n"
+              "      1 x 1.00 = 1.00\n"
+              "discount 10 % = 0.00\n"
+              "total 4.00\n"
+              "cash 2.00, change -2.00\n"
+              "the cash is below the total: the register will refuse it\n");
+    for (const std::string& call : library.calls) {
+        EXPECT_EQ(call.rfind("cb", 0), 0U) << call;
+    }
+}
+
+TEST_F(CommandsTest, DryRunCutsNamesAsTheFirmwareDoes) {
+    const std::string name = std::string(16, 'a') + std::string(56, 'b') + "ccc";
+    const std::string check = R"({"cash": 1, "lines": [{"name": ")" + name + R"(", "price": 1}]})";
+    EXPECT_EQ(Kkm({"check", "--dry-run", "--firmware", "301", "-"}, check), 0);
+    EXPECT_THAT(out.str(), HasSubstr("   1  aaaaaaaaaaaaaaaa\n"));
+    EXPECT_THAT(out.str(), HasSubstr("not printed: " + std::string(56, 'b') + "ccc\n"));
+    EXPECT_EQ(Kkm({"check", "--dry-run", "--firmware", "400", "-"}, check), 0);
+    EXPECT_THAT(out.str(), HasSubstr("not printed: ccc\n"));
+    EXPECT_THAT(out.str(), HasSubstr("this firmware takes no cash from a program: paid exactly\n"));
+}
+
+TEST_F(CommandsTest, DryRunRefusesWhatWillBeRefused) {
+    std::string lines = R"({"name": "a", "price": 1})";
+    for (int i = 1; i < 20; ++i) {
+        lines += R"(, {"name": "a", "price": 1})";
+    }
+    EXPECT_EQ(
+        Kkm({"check", "--dry-run", "--firmware", "302", "-"}, R"({"lines": [)" + lines + "]}"), 7);
+    EXPECT_THAT(out.str(), EndsWith("refused: this firmware takes 19 lines\n"));
+    library.failing["cbAddSale"] = 14;
+    EXPECT_EQ(
+        Kkm({"check", "--dry-run", "--json", "-"}, R"({"lines": [{"name": "a", "price": 0}]})"), 7);
+    EXPECT_THAT(out.str(), HasSubstr("\"error\": 14\n"));
+    EXPECT_THAT(out.str(), HasSubstr("\"refused\": true\n"));
+}
+
+TEST_F(CommandsTest, ExplainsCodesOfEveryKind) {
+    EXPECT_EQ(Kkm({"explain", "2"}), 0);
+    EXPECT_THAT(out.str(), HasSubstr("error 2 (0x02), echDevice\n  A first sentence"));
+    EXPECT_EQ(Kkm({"explain", "0xC8"}), 0);
+    EXPECT_THAT(out.str(), HasSubstr("state 200 (0xC8), ks_checkout\n"));
+    EXPECT_EQ(Kkm({"explain", "ks_keylock"}), 0);
+    EXPECT_EQ(out.str(),
+              "state 206 (0xCE), ks_keylock\n"
+              "  The register is in this state: the keyboard is locked.\n");
+    EXPECT_EQ(Kkm({"explain", "0x2B", "--json"}), 0);
+    EXPECT_THAT(out.str(), HasSubstr("\"text\": \"prints a copy of the last check\""));
+    EXPECT_EQ(Kkm({"explain", "nonsense"}), 5);
+    EXPECT_THAT(err.str(), HasSubstr("kkm: nonsense is no code of an error, a state or a key"));
+}
+
+TEST_F(CommandsTest, DoctorAsksNoRegisterOnADeviceThatIsMissing) {
+    EXPECT_EQ(Kkm({"--device", "/nowhere/tty", "doctor"}), 10);
+    EXPECT_THAT(out.str(), HasSubstr("bad   /nowhere/tty does not exist\n"));
+    EXPECT_THAT(out.str(), EndsWith("1 thing to mend\n"));
+    EXPECT_THAT(library.calls, ElementsAre());
+    EXPECT_EQ(Kkm({"--device", "/nowhere/tty", "doctor", "--json"}), 10);
+    EXPECT_THAT(out.str(), HasSubstr("\"finding\": \"device_missing\""));
+}
+
+}  // namespace
+}  // namespace kkm

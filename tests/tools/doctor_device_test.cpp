@@ -1,0 +1,139 @@
+// Broken set-ups, staged with real files and pseudo-terminals.
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <pty.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <fstream>
+
+#include "kkm/doctor.h"
+#include "support/temp_directory.h"
+
+namespace kkm {
+namespace {
+
+using testing::ElementsAre;
+
+std::vector<std::string> KeysOf(const std::vector<Finding>& findings) {
+    std::vector<std::string> keys;
+    for (const Finding& finding : findings) {
+        EXPECT_EQ(finding.advice.empty(), finding.grade == Grade::good) << finding.key;
+        keys.push_back(finding.key);
+    }
+    return keys;
+}
+
+// A tty whose other end is held here.
+class Tty {
+  public:
+    Tty() {
+        char name[64];
+        EXPECT_EQ(openpty(&master_, &slave_, name, nullptr, nullptr), 0);
+        name_ = name;
+    }
+    ~Tty() {
+        close(master_);
+        close(slave_);
+    }
+    Tty(const Tty&) = delete;
+    Tty& operator=(const Tty&) = delete;
+
+    const std::string& name() const { return name_; }
+    int master() const { return master_; }
+
+  private:
+    int master_ = -1;
+    int slave_ = -1;
+    std::string name_;
+};
+
+// Somebody without rights, for a while; nothing changes for a test that has none.
+class Nobody {
+  public:
+    Nobody() { EXPECT_EQ(seteuid(geteuid() == 0 ? 65534 : geteuid()), 0); }
+    ~Nobody() { EXPECT_EQ(seteuid(getuid()), 0); }
+    Nobody(const Nobody&) = delete;
+    Nobody& operator=(const Nobody&) = delete;
+};
+
+TEST(DoctorDevice, GoodTty) {
+    const Tty tty;
+    EXPECT_THAT(KeysOf(ExamineDevice(tty.name())), ElementsAre("device"));
+}
+
+TEST(DoctorDevice, MissingDevice) {
+    EXPECT_THAT(KeysOf(ExamineDevice("/nowhere/tty")), ElementsAre("device_missing"));
+}
+
+TEST(DoctorDevice, FileThatIsNoDevice) {
+    const test::TempDirectory folder;
+    std::ofstream("file") << "x";
+    EXPECT_THAT(KeysOf(ExamineDevice("file")), ElementsAre("not_a_serial_line"));
+}
+
+TEST(DoctorDevice, DeviceThatIsNoSerialLine) {
+    const auto findings = ExamineDevice("/dev/null");
+    ASSERT_FALSE(findings.empty());
+    EXPECT_EQ(findings.front().key, "not_a_serial_line");
+}
+
+TEST(DoctorDevice, NoPermission) {
+    const Tty tty;
+    ASSERT_EQ(chmod(tty.name().c_str(), 0), 0);
+    const Nobody nobody;
+    EXPECT_THAT(KeysOf(ExamineDevice(tty.name())), ElementsAre("no_permission"));
+}
+
+TEST(DoctorDevice, AnotherHolder) {
+    const Tty tty;
+    int ready[2];
+    ASSERT_EQ(pipe(ready), 0);
+    const pid_t holder = fork();
+    if (holder == 0) {
+        close(tty.master());
+        const bool open_there = open(tty.name().c_str(), O_RDWR | O_NOCTTY) >= 0;
+        if (write(ready[1], &open_there, 1) == 1) {
+            pause();
+        }
+        _exit(0);
+    }
+    char byte = 0;
+    ASSERT_EQ(read(ready[0], &byte, 1), 1);
+    EXPECT_THAT(KeysOf(ExamineDevice(tty.name())), ElementsAre("device", "held_by_another"));
+    kill(holder, SIGKILL);
+    waitpid(holder, nullptr, 0);
+    close(ready[0]);
+    close(ready[1]);
+}
+
+TEST(DoctorTrace, GoodDirectory) {
+    const test::TempDirectory folder;
+    EXPECT_THAT(KeysOf(ExamineTraceFiles("")), ElementsAre("trace"));
+}
+
+TEST(DoctorTrace, FileThatCannotBeWritten) {
+    const test::TempDirectory folder;
+    ASSERT_EQ(mkdir("VeskTarvoM5.log", 0700), 0);
+    EXPECT_THAT(KeysOf(ExamineTraceFiles(".")), ElementsAre("trace_not_writable"));
+}
+
+TEST(DoctorTrace, DirectoryThatIsMissingOrForbidden) {
+    const test::TempDirectory folder;
+    EXPECT_THAT(KeysOf(ExamineTraceFiles("missing")), ElementsAre("trace_not_writable"));
+}
+
+TEST(DoctorTrace, HugeFile) {
+    const test::TempDirectory folder;
+    std::ofstream("VeskTarvoM5.log") << "x";
+    ASSERT_EQ(truncate("VeskTarvoM5.log", 100'000'001), 0);
+    EXPECT_THAT(KeysOf(ExamineTraceFiles(".")), ElementsAre("trace_huge"));
+    ASSERT_EQ(truncate("VeskTarvoM5.log", 100'000'000), 0);
+    EXPECT_THAT(KeysOf(ExamineTraceFiles(".")), ElementsAre("trace"));
+}
+
+}  // namespace
+}  // namespace kkm

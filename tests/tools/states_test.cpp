@@ -1,0 +1,64 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "kkm/register_state.h"
+
+namespace kkm {
+namespace {
+
+std::string Text(int code, const Bytes& data) {
+    return FiguresAsText(FiguresOfState(code, data));
+}
+
+TEST(States, LineAddedShowsItsFigures) {
+    EXPECT_EQ(Text(0xA2, {0x00, 0x01, 0x00, 0x8F, 0x00, 0x02, 0x00, 0x05, 0x00, 0x01, 0x01,
+                          0x05, 0xDC, 0x00, 0x00, 0x10, 0x9A, 0x95, 0xAB, 0xA5, 0xA1}),
+              "document    1\n"
+              "position    144\n"
+              "sale        1\n"
+              "department  2\n"
+              "attribute   0\n"
+              "per cent    5\n"
+              "goods code  1\n"
+              "quantity    1.500 kg\n"
+              "marked      no\n"
+              "price       42.50\n"
+              "name        Хлеб\n");
+}
+
+TEST(States, CheckOutShowsADiscountByItsSign) {
+    const Bytes data = {0x00, 0x01, 0x00, 0x8F, 0x02, 0x06, 0x00, 0x00, 0x00, 0x07,
+                        0xD7, 0x38, 0x00, 0x05, 0x00, 0x00, 0x00, 0x00, 0x64};
+    EXPECT_EQ(Text(0xC8, data),
+              "document  1\n"
+              "position  144\n"
+              "lines     2\n"
+              "kind      6\n"
+              "section   1\n"
+              "amount    5138.48\n"
+              "per cent  -5\n"
+              "discount  -1.00\n");
+}
+
+TEST(States, NoQuantityWhileGoodsAreEnteredIsOnePiece) {
+    EXPECT_THAT(Text(0xA1, {0, 7, 1, 1, 0, 0, 1}), testing::HasSubstr("quantity    1\n"));
+    EXPECT_THAT(Text(0xA3, {1, 0, 0, 3, 0, 2, '4', '6'}), testing::HasSubstr("bar code    46\n"));
+}
+
+TEST(States, MissingBytesReadAsZero) {
+    for (int code = 0; code < 256; ++code) {
+        EXPECT_EQ(FiguresOfState(code, {}).size(), FiguresOfState(code, Bytes(255, 0)).size())
+            << code;
+    }
+    EXPECT_EQ(Text(0xCC, {0x01}), "document  256\n");
+}
+
+TEST(States, UnknownCodeHasNoName) {
+    EXPECT_EQ(StateOfCode(0xC1), nullptr);
+    EXPECT_STREQ(StateOfCode(0xCE)->name, "ks_keylock");
+    EXPECT_EQ(FiguresAsText(StateAsFigures({57600, 0xE8, {}})),
+              "state  0xE8 unknown\nbaud   57600\n");
+}
+
+}  // namespace
+}  // namespace kkm

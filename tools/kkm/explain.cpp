@@ -1,0 +1,221 @@
+#include "kkm/explain.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <sstream>
+#include <system_error>
+
+#include "VeskTarvoM5/VeskTarvoM5.h"
+#include "kkm/figures.h"
+#include "kkm/register_state.h"
+#include "kkm/trace_story.h"
+
+namespace kkm {
+namespace {
+
+struct Meaning {
+    const char* kind;  // "error", "state" or "key"
+    int code;
+    std::string name;
+    std::string text;
+};
+
+constexpr int kLastError = 255;
+
+struct Key {
+    int code;
+    const char* name;
+    const char* text;
+};
+// The keys that the driver presses.
+constexpr Key kKeys[] = {
+    {0x00, "key 0x00", "pressed to unlock the keyboard"},
+    {0x20, "key 0x20", "clears a check, twice and then key 0x28; begins the closing of one"},
+    {0x28, "key 0x28", "confirms"},
+    {0x2B, "key 0x2B", "prints a copy of the last check"},
+};
+
+std::optional<int> NumberOf(const std::string& text) {
+    char* end = nullptr;
+    const long number = std::strtol(text.c_str(), &end, 0);
+    if (text.empty() || *end != '\0' || number < 0 || number > kLastError) {
+        return std::nullopt;
+    }
+    return static_cast<int>(number);
+}
+
+std::vector<Meaning> MeaningsOf(const std::string& what) {
+    std::vector<Meaning> meanings;
+    const auto number = NumberOf(what);
+    const auto meant = [&](int code, const std::string& name) {
+        return number ? *number == code : what == name;
+    };
+    for (int code = 0; code <= kLastError; ++code) {
+        const std::string name = KKMErrorName(code);
+        if (name != "unknown" && meant(code, name)) {
+            meanings.push_back({"error", code, name, KKMErrorAdvice(code)});
+        }
+    }
+    for (const StateName& state : States()) {
+        if (meant(state.code, state.name)) {
+            meanings.push_back(
+                {"state", state.code, state.name,
+                 std::string("The register ") + "is in this state: " + state.meaning + "."});
+        }
+    }
+    for (const Key& key : kKeys) {
+        if (meant(key.code, key.name)) {
+            meanings.push_back({"key", key.code, key.name, key.text});
+        }
+    }
+    return meanings;
+}
+
+void WriteMeanings(const std::vector<Meaning>& meanings, bool as_json, std::ostream& out) {
+    if (as_json) {
+        auto list = nlohmann::ordered_json::array();
+        for (const Meaning& meaning : meanings) {
+            list.push_back({{"kind", meaning.kind},
+                            {"code", meaning.code},
+                            {"name", meaning.name},
+                            {"text", meaning.text}});
+        }
+        out << nlohmann::ordered_json{{"meanings", list}}.dump(2) << std::endl;
+        return;
+    }
+    for (const Meaning& meaning : meanings) {
+        char hex[8];
+        std::snprintf(hex, sizeof hex, "0x%02X", static_cast<unsigned>(meaning.code));
+        out << meaning.kind << ' ' << meaning.code << " (" << hex << "), " << meaning.name << '\n'
+            << "  " << meaning.text << '\n';
+    }
+    out << std::flush;
+}
+
+const char* NameOf(StoryOutcome outcome) {
+    switch (outcome) {
+        case StoryOutcome::printed:
+            return "printed";
+        case StoryOutcome::failed:
+            return "not printed";
+        case StoryOutcome::unknown:
+            return "unknown: look at the paper";
+        case StoryOutcome::unfinished:
+            break;
+    }
+    return "the trace ends in the middle of it";
+}
+
+void WriteCheck(const StoryCheck& check, int number, std::ostream& out) {
+    out << "check " << number << ": " << NameOf(check.outcome) << '\n';
+    for (const StoryLine& line : check.lines) {
+        out << "  " << line.quantity << " x " << MoneyText(line.price) << "  " << line.name
+            << " (section " << line.section << ')' << (line.taken ? "" : ", not taken") << '\n';
+    }
+    if (check.discount && *check.discount != 0) {
+        out << "  " << (*check.discount < 0 ? "discount " : "surcharge ")
+            << std::abs(*check.discount) << " %\n";
+    }
+    if (!check.type.empty()) {
+        out << "  closed as a " << check.type;
+        if (check.cash) {
+            out << ", cash " << MoneyText(*check.cash);
+        }
+        out << '\n';
+    }
+    for (const std::string& step : check.repeated) {
+        out << "  repeated: " << step << '\n';
+    }
+    for (const std::string& trouble : check.troubles) {
+        out << "  " << trouble << '\n';
+    }
+    if (!check.reason.empty() && check.outcome != StoryOutcome::printed) {
+        out << "  why: " << check.reason << " (error " << check.error << ", "
+            << KKMErrorName(check.error) << ")\n";
+    }
+}
+
+void WriteStory(const std::vector<StoryEvent>& events, std::ostream& out) {
+    int checks = 0;
+    for (const StoryEvent& event : events) {
+        switch (event.kind) {
+            case StoryEvent::Kind::connected:
+                out << "connected" << event.text << '\n';
+                break;
+            case StoryEvent::Kind::not_connected:
+                out << "not connected" << event.text << '\n';
+                break;
+            case StoryEvent::Kind::disconnected:
+                out << "disconnected\n";
+                break;
+            case StoryEvent::Kind::check:
+                WriteCheck(event.check, ++checks, out);
+                break;
+        }
+    }
+    out << std::flush;
+}
+
+nlohmann::ordered_json CheckAsJson(const StoryCheck& check) {
+    nlohmann::ordered_json json;
+    json["outcome"] = NameOf(check.outcome);
+    json["error"] = check.error;
+    json["reason"] = check.reason;
+    json["lines"] = nlohmann::ordered_json::array();
+    for (const StoryLine& line : check.lines) {
+        json["lines"].push_back({{"name", line.name},
+                                 {"price", MoneyFigure("", "", line.price).value},
+                                 {"quantity", line.quantity},
+                                 {"section", line.section},
+                                 {"taken", line.taken}});
+    }
+    json["discount"] = check.discount.value_or(0);
+    json["type"] = check.type;
+    json["repeated"] = check.repeated;
+    json["troubles"] = check.troubles;
+    return json;
+}
+
+void WriteStoryAsJson(const std::vector<StoryEvent>& events, std::ostream& out) {
+    auto checks = nlohmann::ordered_json::array();
+    for (const StoryEvent& event : events) {
+        if (event.kind == StoryEvent::Kind::check) {
+            checks.push_back(CheckAsJson(event.check));
+        }
+    }
+    out << nlohmann::ordered_json{{"checks", checks}}.dump(2) << std::endl;
+}
+
+}  // namespace
+
+ExitStatus RunExplain(const std::string& what, bool as_json, Streams& streams) {
+    const std::vector<Meaning> meanings = MeaningsOf(what);
+    if (!meanings.empty()) {
+        WriteMeanings(meanings, as_json, streams.out);
+        return ExitStatus::done;
+    }
+    std::ifstream file(what, std::ios::binary);
+    std::ostringstream trace;
+    trace << file.rdbuf();
+    if (!file) {
+        streams.err << "kkm: " << what << " is no code of an error, a state or a key, and no file: "
+                    << std::generic_category().message(errno) << std::endl;
+        return ExitStatus::bad_file;
+    }
+    const std::vector<StoryEvent> events = TellTrace(trace.str());
+    if (events.empty()) {
+        streams.err << "kkm: " << what << " tells of no connection and no check" << std::endl;
+        return ExitStatus::bad_file;
+    }
+    if (as_json) {
+        WriteStoryAsJson(events, streams.out);
+    } else {
+        WriteStory(events, streams.out);
+    }
+    return ExitStatus::done;
+}
+
+}  // namespace kkm
