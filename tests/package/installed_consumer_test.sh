@@ -17,7 +17,7 @@ cd "$work"
 
 run() { LD_LIBRARY_PATH="$libdir" "$@"; }
 
-CC=$cc CXX=$cxx CFLAGS="${flags[*]}" CXXFLAGS="${flags[*]}" cmake -S "$consumer" -B by-cmake \
+CC=$cc CXX=$cxx CFLAGS="${flags[*]}" CXXFLAGS="${flags[*]}" cmake -G Ninja -S "$consumer" -B by-cmake \
   -DCMAKE_PREFIX_PATH="$work/tree" >/dev/null
 cmake --build by-cmake >/dev/null
 libdir=$(dirname "$(find "$work/tree" -name 'libVeskTarvoM5.so.1')")

@@ -79,8 +79,10 @@ void AddNode(const std::string& node, const fs::path& folder) {
 void PutDevice(const std::string& device, const std::string& node, const fs::path& folder) {
     const fs::path real = fs::canonical(device);
     // What is mounted from here on is for this program alone.
-    if (mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) {
-        Fail("/");
+    // In a changed root only /dev may be a place where something is mounted.
+    if (mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 &&
+        mount(nullptr, "/dev", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) {
+        Fail("this system gives no private mount namespace");
     }
     // The device is held by a file of this process: /dev may be covered in between.
     const int held = open(real.c_str(), O_PATH | O_CLOEXEC);
