@@ -23,6 +23,7 @@ namespace {
 
 constexpr std::int64_t kFrameSilenceUs = 100000;  // a frame with such a gap is no frame
 constexpr int kBitsPerByte = 10;
+constexpr std::int64_t kLongestPatienceUs = 60000000;
 
 Memory first_memory(const Options& options) {
     if (options.memory_file.empty() || !memory_file_exists(options.memory_file)) {
@@ -141,7 +142,7 @@ bool Service::fulfilled() const {
            !line_.host_present();
 }
 
-int Service::patience_ms() const {
+std::int64_t Service::patience_us() const {
     std::optional<std::int64_t> until = cashier_due_us_;
     const auto sooner = [&until](std::optional<std::int64_t> moment) {
         if (moment && (!until || *moment < *until)) {
@@ -154,14 +155,16 @@ int Service::patience_ms() const {
         return -1;
     }
     const std::int64_t left = *until - now_us();
-    return left <= 0 ? 0 : static_cast<int>(std::min<std::int64_t>((left + 999) / 1000, 60000));
+    return std::clamp<std::int64_t>(left, 0, kLongestPatienceUs);
 }
 
 // True when the line has something: input, or the news that the host is gone.
 bool Service::wait() {
     pollfd waited[2] = {{line_.descriptor(), POLLIN, 0}, {STDIN_FILENO, POLLIN, 0}};
-    const int patience = patience_ms();
-    const timespec limit{patience / 1000, patience % 1000 * 1000000L};
+    // To the microsecond: a byte of a fast line takes less than two tenths of a millisecond.
+    const std::int64_t patience = patience_us();
+    const timespec limit{static_cast<std::time_t>(patience / 1000000),
+                         static_cast<long>(patience % 1000000 * 1000)};
     // Signals come through only here, or one that came just before would wait for the next byte.
     sigset_t none;
     sigemptyset(&none);

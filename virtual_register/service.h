@@ -48,7 +48,8 @@ class Service {
     void log(const std::string& text);
     void make_link();
     bool fulfilled() const;
-    int patience_ms() const;
+    // Until something is to be done of itself; -1 when there is nothing.
+    std::int64_t patience_us() const;
 
     Options options_;
     std::chrono::steady_clock::time_point start_;

@@ -38,6 +38,24 @@ void LocalRegister::ForgetPrinted() {
     model_.memory().checks = 0;
 }
 
+void LocalRegister::FillTape(int records) {
+    virtual_register::TapeRecord record;
+    record.amount_kopecks = 4990;
+    record.price_kopecks = 4990;
+    record.quantity_thousandths = 1000;
+    model_.memory().tape.start();
+    for (int i = 0; i < records; ++i) {
+        model_.memory().tape.add(record);
+    }
+}
+
+void LocalRegister::LetWait(std::size_t count) {
+    Forget();
+    for (std::size_t i = 0; i < count; ++i) {
+        pending_.add(0);
+    }
+}
+
 void LocalRegister::Take(const unsigned char* bytes, std::size_t count, std::int64_t now_us) {
     const std::lock_guard<std::mutex> lock(busy_);
     for (std::size_t i = 0; i < count; ++i) {

@@ -20,6 +20,10 @@ class LocalRegister : public Answerer {
     void AskForCheck();
     // Clears what was printed, so that a long run stays the same from beginning to end.
     void ForgetPrinted();
+    // A tape of so many sales for cash.
+    void FillTape(int records);
+    // So many bytes of no meaning are there to be read.
+    void LetWait(std::size_t count);
 
     void Take(const unsigned char* bytes, std::size_t count, std::int64_t now_us) override;
     bool HasByte() override { return read_ < pending_.size(); }

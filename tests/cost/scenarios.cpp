@@ -16,6 +16,8 @@ char goods[] = "\x8C\xAE\xAB\xAE\xAA\xAE \x8E\xE2\xA1\xAE\xE0\xAD\xAE\xA5 3.2% 1
 LocalRegister* kkm = nullptr;
 status_info status;
 TStatistics statistics;
+CMiniCom port;         // a second one on the line
+unsigned waiting = 0;  // bytes of an answer
 
 void Require(bool good) {
     if (!good) {
@@ -50,6 +52,11 @@ void prepare_idle() {
     BringTo(ks_none);
 }
 
+void LetWait(unsigned count) {
+    waiting = count;
+    kkm->LetWait(count);
+}
+
 void prepare_reset() {}
 void prepare_status() {
     prepare_idle();
@@ -75,6 +82,18 @@ void prepare_sale() {
     prepare_idle();
 }
 void prepare_eeprom_197() {}
+void prepare_read_5() {
+    LetWait(5);
+}
+void prepare_read_16() {
+    LetWait(16);
+}
+void prepare_read_38() {
+    LetWait(38);
+}
+void prepare_read_202() {
+    LetWait(202);
+}
 void prepare_check_4() {
     prepare_idle();
     kkm->ForgetPrinted();
@@ -107,6 +126,13 @@ void Eeprom() {
     kvesk.readEprom(0, 197);
 }
 
+// An answer is read in two pieces: two bytes, and as many as they say.
+void Read() {
+    unsigned char bytes[256];
+    port.Read(bytes, 2);
+    port.Read(bytes, waiting - 2);
+}
+
 void Check() {
     for (int i = 0; i < kLines; ++i) {
         Require(cbAddSale(goods, 49.90, 2, 2) == 1);
@@ -136,6 +162,10 @@ COST_FUNCTIONS(key, Key)
 COST_FUNCTIONS(title, Title)
 COST_FUNCTIONS(sale, Sale)
 COST_FUNCTIONS(eeprom_197, Eeprom)
+COST_FUNCTIONS(read_5, Read)
+COST_FUNCTIONS(read_16, Read)
+COST_FUNCTIONS(read_38, Read)
+COST_FUNCTIONS(read_202, Read)
 COST_FUNCTIONS(check_4, Check)
 
 #define COST_SCENARIO(name) {#name, prepare_##name, run_##name, measured_##name},
@@ -146,9 +176,13 @@ void Begin(LocalRegister& to, const char* path) {
     kkm = &to;
     std::string device = path;
     Require(ConnectKKMDevice(device.data()) == 1);
+    constexpr _COMMTIMEOUTS kTimeouts{100, 100, 200, 5, 5};
+    port.OpenDevice(device);
+    port.SetCommTimeouts(&kTimeouts);
 }
 
 void End() {
+    port.Close();
     DisconnectKKM();
 }
 
