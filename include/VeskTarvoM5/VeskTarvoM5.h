@@ -131,7 +131,7 @@ VESK_API void DisconnectKKM(void);
 
 /// @}
 /// @name Errors
-/// These leave the last error alone.
+/// These functions leave the last error alone.
 /// @{
 
 /// Tells why the last call failed. Reading does not clear it; the next call does.
@@ -159,8 +159,8 @@ VESK_API const char* KKMErrorAdvice(int code);
 
 /// @}
 /// @name Check buffer
-/// The buffer is in the driver. Nothing here touches the register but cbSetCash() and
-/// cbClearTitle(), which ask for the firmware version when it is not known yet.
+/// The check buffer is in the driver. Of its functions only cbSetCash() and cbClearTitle() touch
+/// the register: they ask for the firmware version when it is not known yet.
 /// @{
 
 /// Appends a line to the check. ::echSalesFull when the buffer is full: 19 lines on firmware 302
@@ -274,7 +274,7 @@ VESK_API int cbClearBottom(void);
 /// @name Printing a check
 /// @{
 
-/// Does nothing. Leaves the last error alone.
+/// Tells whether there is no error. Does nothing else, and leaves the last error alone.
 /// @return 1 when the last error is 0, else 0
 /// @see CheckClose() PrintCheck()
 VESK_API int CheckPrintPrepare(void);
@@ -313,16 +313,16 @@ VESK_API int PrintCheck(void);
 /// 2 exchanges, up to 3 more while the register waits for a sale.
 /// @see CheckClose()
 VESK_API int CheckCancel(void);
-/// Does nothing. Clears the last error.
+/// Only clears the last error.
 /// @return always 1
 /// @see cbGetDiscountValue()
 VESK_API int GetDiscountMode(void);
 
 /// @}
 /// @name Counters and settings of the register
-/// Asks for the firmware when it is not known yet, where nothing else is said. ::echDevice when the
-/// register does not answer, ::echParam for a null pointer. One exchange, where nothing else is
-/// said; 0.42 s on a silent line.
+/// All of these ask for the firmware first when it is not known yet, but GetCashSum() and
+/// ReadSaleFromKL(). ::echDevice when the register does not answer, ::echParam for a null pointer.
+/// They take one exchange where nothing else is said, and 0.42 s on a silent line.
 /// @{
 
 /// Reads the control-tape number. By design the same counter as GetKLNum().
@@ -358,7 +358,7 @@ VESK_API int GetNI(double* total);
 /// @param number the number, 0 when it does not begin with a digit
 /// @see GetKKMVers()
 VESK_API int GetKKMNum(int* number);
-/// Adds up a kind of payment over the control tape. Does not ask for the firmware.
+/// Adds up a kind of payment over the control tape.
 /// @param which counted from 1, which is cash
 /// @param sum currency units
 /// @par Time
@@ -380,8 +380,7 @@ VESK_API int GetSmenaStatus(int* status);
 /// No exchange when the firmware is known, as it is after ConnectKKM().
 /// @see ConnectKKM() GetKKMNum()
 VESK_API int GetKKMVers(int* version);
-/// Reads a record of the control tape. ::echKLRead when there is none. Does not ask for the
-/// firmware.
+/// Reads a record of the control tape. ::echKLRead when there is none.
 /// @param number counted from 1; the last is GetSaleNum() - 1
 /// @param kind 0 sale, 1 return, 2 credit
 /// @param selector kind of payment, counted from 0, which is cash
@@ -419,7 +418,8 @@ VESK_API int ReadSaleFromKL(int number, unsigned char* kind, unsigned char* sele
 
 /// @}
 /// @name Services of the register
-/// Asks for the firmware when it is not known yet. ::echDevice when the register does not answer.
+/// All of these but SetSupplierCode() ask for the firmware first when it is not known yet.
+/// ::echDevice when the register does not answer.
 /// @{
 
 /// Feeds the paper. 40 lines, n times; the first failure stops.
