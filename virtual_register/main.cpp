@@ -4,6 +4,7 @@
 #include <iostream>
 
 #include "options.h"
+#include "replay_service.h"
 #include "service.h"
 
 namespace {
@@ -28,6 +29,23 @@ void prepare_signals() {
     ::signal(SIGPIPE, SIG_IGN);
 }
 
+void tell_tty(const std::string& name) {
+    std::cout << "tty " << name << '\n' << std::flush;
+}
+
+// 3 when the host did not say what a recording has it say.
+int run(const virtual_register::Options& options) {
+    if (!options.replay_file.empty()) {
+        virtual_register::ReplayService service(options);
+        tell_tty(service.tty_name());
+        return service.run(stop) ? 0 : 3;
+    }
+    virtual_register::Service service(options);
+    tell_tty(service.tty_name());
+    service.run(stop);
+    return 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -37,10 +55,7 @@ int main(int argc, char** argv) {
     }
     try {
         prepare_signals();
-        virtual_register::Service service(*parsed.options);
-        std::cout << "tty " << service.tty_name() << '\n' << std::flush;
-        service.run(stop);
-        return 0;
+        return run(*parsed.options);
     } catch (const std::exception& error) {
         std::cerr << "tarvo-register: " << error.what() << '\n';
         return 1;

@@ -7,9 +7,9 @@
 #include <cerrno>
 #include <charconv>
 #include <cstring>
-#include <fstream>
 #include <sstream>
 
+#include "text_file.h"
 #include "text_record.h"
 
 namespace virtual_register {
@@ -353,16 +353,12 @@ bool memory_file_exists(const std::string& path) {
 }
 
 Memory load_memory(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    std::ostringstream text;
-    text << file.rdbuf();
-    if (!file || !text) {
-        throw MemoryFileError(system_text("cannot read", path));
-    }
     try {
-        return memory_from_text(text.str());
+        return memory_from_text(read_text(path));
     } catch (const MemoryFileError& error) {
         throw MemoryFileError(path + ", " + error.what());
+    } catch (const std::runtime_error& error) {
+        throw MemoryFileError(error.what());
     }
 }
 

@@ -20,6 +20,9 @@ struct Options {
     std::string memory_file;
     std::string paper_file;
     std::string log_file;  // "-" is the standard error
+    std::string scenario_file;
+    std::string record_file;
+    std::string replay_file;
     std::string link;
     Cashier cashier = Cashier::off;
     bool pace = false;
