@@ -22,7 +22,8 @@ constexpr const char* kFooter =
   WHICH     3, 2-5 or always; the first time unless given
   EFFECT    lose request | lose answer | delay TIME | cut BYTES | garble [BYTE] |
             refuse REPLY | busy POLLS | ACT | then ACT
-  ACT       whatever can be said at the prompt (type help there), or quit
+  ACT       host | barcode DIGITS | cancel | key CODE | sell PRICE NAME | paper out |
+            paper in [LINES] | power off | power on | shift open | shift close | quit
   TIME      300ms, 2.5s
 
 Examples:
