@@ -2,8 +2,13 @@
 
 #include <exception>
 #include <iostream>
+#include <stdexcept>
+#include <string>
 
+#include "memory_file.h"
 #include "options.h"
+#include "receipt.h"
+#include "receipt_folder.h"
 #include "replay_service.h"
 #include "service.h"
 
@@ -46,14 +51,32 @@ int run(const virtual_register::Options& options) {
     return 0;
 }
 
+void show_receipt(const virtual_register::ReceiptOptions& options) {
+    const virtual_register::Memory memory = virtual_register::load_memory(options.memory_file);
+    if (!memory.last_check) {
+        throw std::runtime_error(options.memory_file + " knows no check");
+    }
+    virtual_register::PaperLines lines;
+    virtual_register::compose_receipt(*memory.last_check, memory, false, lines);
+    const std::string receipt = virtual_register::receipt_as(options.format, lines);
+    if (options.output.empty()) {
+        std::cout << receipt << std::flush;
+    } else {
+        virtual_register::write_receipt(options.output, receipt);
+    }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     const auto parsed = virtual_register::parse_options(argc, argv);
-    if (!parsed.options) {
-        return parsed.exit_status;
-    }
     try {
+        if (parsed.receipt) {
+            show_receipt(*parsed.receipt);
+        }
+        if (!parsed.options) {
+            return parsed.exit_status;
+        }
         prepare_signals();
         return run(*parsed.options);
     } catch (const std::exception& error) {

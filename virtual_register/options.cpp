@@ -31,6 +31,7 @@ Examples:
   tarvo-register --baud 57600 --memory shop.mem --paper receipts.txt --log -
   tarvo-register --cashier auto --scenario lost-answer.scenario --record session.txt
   tarvo-register --replay session.txt
+  tarvo-register receipt --memory shop.mem --output last.png
 
 Exit status: 0 ended as told, 1 something failed, 3 the host of a replay said something
 else than recorded, above 100 the command line is wrong.
@@ -121,6 +122,9 @@ void add_program_options(CLI::App& app, Options& options) {
         ->type_name("PATH");
     app.add_option("--paper", options.paper_file, "Append what is printed, as UTF-8")
         ->type_name("FILE");
+    app.add_option("--receipt-dir", options.receipt_folder,
+                   "Keep each receipt in this folder as text, SVG and PNG")
+        ->type_name("DIR");
     app.add_option("--log", options.log_file,
                    "Append the exchanges in words; - for the standard error")
         ->type_name("FILE|-");
@@ -146,6 +150,33 @@ void set_taxes(const std::vector<std::string>& texts, Identity& identity) {
     }
 }
 
+// The format that was asked for, or the one that the output's name ends with.
+ReceiptFormat to_format(const std::string& asked, const std::string& output) {
+    const std::string dot = "." + asked;
+    const auto is = [&](const std::string& ending) {
+        const std::string& name = asked.empty() ? output : dot;
+        return name.size() >= ending.size() &&
+               name.compare(name.size() - ending.size(), ending.size(), ending) == 0;
+    };
+    return is(".svg") ? ReceiptFormat::svg : is(".png") ? ReceiptFormat::png : ReceiptFormat::text;
+}
+
+CLI::App* add_receipt_command(CLI::App& app, ReceiptOptions& options, std::string& format) {
+    CLI::App* const receipt = app.add_subcommand(
+        "receipt", "Show the receipt of the last check in a memory file; needs no tty");
+    receipt->add_option("--memory", options.memory_file, "The memory file")
+        ->type_name("FILE")
+        ->check(CLI::ExistingFile.description(""))
+        ->required();
+    receipt->add_option("--output", options.output, "Write into this file")->type_name("FILE");
+    receipt
+        ->add_option("--format", format,
+                     "txt, svg or png; as the name of the output ends unless given")
+        ->type_name("FORMAT")
+        ->check(CLI::IsMember({"txt", "svg", "png"}).description(""));
+    return receipt;
+}
+
 }  // namespace
 
 ParsedOptions parse_options(int argc, char** argv) {
@@ -154,21 +185,28 @@ ParsedOptions parse_options(int argc, char** argv) {
     CLI::App app(kDescription, "tarvo-register");
     app.footer(kFooter);
     app.get_formatter()->column_width(34);
-    app.get_option("--help")->group("");
+    app.get_option("--help")->group("The line and the program");
     app.option_defaults()->group("The register");
     add_register_options(app, options, raw);
     app.option_defaults()->group("The line and the program");
     add_program_options(app, options);
     app.option_defaults()->group("The session");
     add_session_options(app, options);
+    ReceiptOptions receipt;
+    std::string format;
+    const CLI::App* const receipt_command = add_receipt_command(app, receipt, format);
     try {
         app.parse(argc, argv);
+        if (receipt_command->parsed()) {
+            receipt.format = to_format(format, receipt.output);
+            return {std::nullopt, receipt, 0};
+        }
         set_taxes(raw.taxes, options.identity);
         if (!options.replay_file.empty()) {
             refuse_beside_replay(app);
         }
     } catch (const CLI::ParseError& error) {
-        return {std::nullopt, app.exit(error)};
+        return {std::nullopt, std::nullopt, app.exit(error)};
     }
     options.cashier = raw.cashier == "auto"     ? Cashier::automatic
                       : raw.cashier == "prompt" ? Cashier::prompt
@@ -177,7 +215,7 @@ ParsedOptions parse_options(int argc, char** argv) {
     options.identity.section = static_cast<std::uint8_t>(raw.section);
     options.firmware_given = raw.firmware->count() > 0;
     options.serial_given = raw.serial->count() > 0;
-    return {options, 0};
+    return {options, std::nullopt, 0};
 }
 
 }  // namespace virtual_register

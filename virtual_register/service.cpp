@@ -66,6 +66,7 @@ Service::Service(const Options& options)
       scenario_(read_scenario(options.scenario_file)),
       prompt_open_(options.cashier == Cashier::prompt),
       paper_file_(options.paper_file, OutputFile::Mode::append),
+      receipts_(options.receipt_folder),
       log_(options.log_file, OutputFile::Mode::append),
       recording_(options.record_file, OutputFile::Mode::replace) {
     if (!options_.memory_file.empty()) {
@@ -204,6 +205,7 @@ void Service::show_paper() {
             std::cout << text;
         }
         paper_file_.write(text);
+        receipts_.add(line);
     }
     std::cout.flush();
 }

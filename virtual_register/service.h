@@ -11,6 +11,7 @@
 #include "model.h"
 #include "options.h"
 #include "output_file.h"
+#include "receipt_folder.h"
 #include "scenario.h"
 #include "tty_link.h"
 #include "wire.h"
@@ -56,6 +57,7 @@ class Service {
     std::uint64_t kept_version_ = 0;
     Counters kept_counters_;
     OutputFile paper_file_;
+    ReceiptFolder receipts_;
     OutputFile log_;
     OutputFile recording_;
 };

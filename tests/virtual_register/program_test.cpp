@@ -393,6 +393,70 @@ TEST_F(TarvoRegister, QuitInAScenarioEndsIt) {
     EXPECT_EQ(0, program.status());
 }
 
+TEST_F(TarvoRegister, KeepsReceiptsAsFilesAndNumbersThemOn) {
+    for (const char* number : {"000001", "000002"}) {
+        Program program({"--receipt-dir", file("a/b"), "--quiet"});
+        {
+            const Host host(program.tty());
+            host.print_check();
+            host.ask(0x34);
+        }
+        program.send_signal(SIGTERM);
+        EXPECT_EQ(0, program.status());
+        const std::string path = std::string("a/b/receipt-") + number;
+        EXPECT_EQ(0u, contents(path + ".txt").find("        МАГАЗИН\n"));
+        EXPECT_NE(std::string::npos, contents(path + ".svg").find(">МАГАЗИН</text>"));
+        EXPECT_EQ(0u, contents(path + ".png").find("\x89PNG\r\n"));
+    }
+}
+
+TEST_F(TarvoRegister, KeepsWhatWasNotCutOffWhenItEnds) {
+    Program program({"--receipt-dir", folder, "--quiet"});
+    {
+        const Host host(program.tty());
+        std::vector<int> text(19, ' ');
+        text[1] = 'x';
+        host.ask(0x31, text);
+    }
+    program.send_signal(SIGTERM);
+    EXPECT_EQ(0, program.status());
+    EXPECT_EQ("x\n", contents("receipt-000001.txt"));
+}
+
+TEST_F(TarvoRegister, AFolderThatCannotBeIsSaid) {
+    std::ofstream(file("plain")) << "mine";
+    Program program({"--receipt-dir", file("plain") + "/x"});
+    EXPECT_EQ("tarvo-register: cannot keep receipts in " + file("plain") + "/x: Not a directory",
+              program.error_line());
+    EXPECT_EQ(1, program.status());
+}
+
+TEST_F(TarvoRegister, ShowsTheLastReceiptOfAMemory) {
+    {
+        Program program({"--memory", file("memory"), "--quiet"});
+        const std::string tty = program.tty();
+        Program early({"receipt", "--memory", file("memory")});
+        EXPECT_EQ("tarvo-register: " + file("memory") + " knows no check", early.error_line());
+        EXPECT_EQ(1, early.status());
+        const Host host(tty);
+        host.print_check();
+        host.ask(0x34);
+    }
+    Program text({"receipt", "--memory", file("memory")});
+    EXPECT_EQ("        МАГАЗИН", text.line());
+    EXPECT_EQ(0, text.status());
+    Program svg({"receipt", "--memory", file("memory"), "--format", "svg"});
+    EXPECT_EQ(0u, svg.line().find("<svg "));
+    EXPECT_EQ(0, svg.status());
+    Program png({"receipt", "--memory", file("memory"), "--output", file("last.png")});
+    EXPECT_EQ(0, png.status());
+    EXPECT_EQ(0u, contents("last.png").find("\x89PNG\r\n"));
+    Program nowhere({"receipt", "--memory", file("memory"), "--output", file("no/last.svg")});
+    EXPECT_EQ("tarvo-register: cannot write " + file("no/last.svg") + ": No such file or directory",
+              nowhere.error_line());
+    EXPECT_EQ(1, nowhere.status());
+}
+
 class Replayed : public TarvoRegister {
   protected:
     // A recorded check whose first answer to the sale got lost.
