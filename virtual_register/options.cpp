@@ -164,6 +164,8 @@ ReceiptFormat to_format(const std::string& asked, const std::string& output) {
 CLI::App* add_receipt_command(CLI::App& app, ReceiptOptions& options, std::string& format) {
     CLI::App* const receipt = app.add_subcommand(
         "receipt", "Show the receipt of the last check in a memory file; needs no tty");
+    receipt->footer("");
+    receipt->option_defaults()->group("Options");
     receipt->add_option("--memory", options.memory_file, "The memory file")
         ->type_name("FILE")
         ->check(CLI::ExistingFile.description(""))
