@@ -7,7 +7,18 @@
 
 #include "companion/till.h"
 
-using namespace kkmcheck;
+using kkmcheck::Advice;
+using kkmcheck::Attempt;
+using kkmcheck::BadCheck;
+using kkmcheck::Check;
+using kkmcheck::Counters;
+using kkmcheck::Deadline;
+using kkmcheck::Mode;
+using kkmcheck::Name;
+using kkmcheck::Outcome;
+using kkmcheck::Reason;
+using kkmcheck::Refusal;
+using kkmcheck::Till;
 
 struct kkmcheck_journal {
     std::unique_ptr<Till> till;

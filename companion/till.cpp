@@ -73,13 +73,13 @@ Attempt Till::Resolve(const std::string& key, const Deadline& deadline) {
     if (!lock.Take(deadline)) {
         return StillWorking(Find(key));
     }
-    const Attempt attempt = Find(key);
+    Attempt attempt = Find(key);
     return attempt.outcome == Outcome::unknown ? Settle(attempt, lock, deadline) : attempt;
 }
 
 // With the lock taken no worker has the attempt any more.
 Attempt Till::Settle(const Attempt& attempt, const TillLock& lock, const Deadline& deadline) {
-    const Attempt settled = WithoutRegister(attempt);
+    Attempt settled = WithoutRegister(attempt);
     return settled.outcome == Outcome::unknown ? Work(attempt, false, lock, deadline) : settled;
 }
 
@@ -130,7 +130,7 @@ Attempt Till::Work(const Attempt& attempt, bool prints, const TillLock& lock,
 }
 
 Attempt Till::Recorded(const std::string& key) {
-    const Attempt attempt = Find(key);
+    Attempt attempt = Find(key);
     TillLock lock(path_);
     if (attempt.outcome != Outcome::unknown) {
         return attempt;
@@ -143,7 +143,7 @@ Attempt Till::SetByHand(const std::string& key, Outcome outcome) {
     if (!lock.Take(Deadline(0))) {
         throw Refusal(Refusal::Why::busy, "another process works with the register");
     }
-    const Attempt attempt = Find(key);
+    Attempt attempt = Find(key);
     if (attempt.outcome != Outcome::unknown) {
         return attempt;
     }

@@ -14,9 +14,8 @@
 #include "companion/register_session.h"
 #include "companion/worker_process.h"
 
+namespace kkmcheck {
 namespace {
-
-using namespace kkmcheck;
 
 // A check whose lines are being sent is finished, or so long waited for, behind the deadline.
 constexpr unsigned kGraceS = 180;
@@ -25,7 +24,6 @@ constexpr int kLookMs = 5000;
 constexpr unsigned kGoodByeS = 10;
 constexpr int kMarginMs = 100;
 
-constexpr int kUsage = 2;
 constexpr int kTimeIsUp = 3;
 constexpr int kAbandoned = 4;
 
@@ -50,7 +48,7 @@ void LimitTime(int ms) {
     sigprocmask(SIG_UNBLOCK, &alarm_only, nullptr);
     itimerval limit{};
     limit.it_value.tv_sec = ms / 1000;
-    limit.it_value.tv_usec = ms % 1000 * 1000;
+    limit.it_value.tv_usec = suseconds_t{ms % 1000} * 1000;
     setitimer(ITIMER_REAL, &limit, nullptr);
 }
 
@@ -109,24 +107,29 @@ void Work(const Task& task) {
     session.Leave();
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-    if (argc != 6) {
-        return kUsage;
-    }
-    const Task task{std::string(argv[1]) == "print", argv[2], argv[3],
-                    std::strtoll(argv[4], nullptr, 10), std::atoi(argv[5])};
+int WorkThrough(const Task& task) {
     signal(SIGPIPE, SIG_IGN);
     LimitTime(task.time_ms);
     try {
         Work(task);
     } catch (const std::exception& error) {
         WorkerReport report;
-        report.verdict = {Outcome::unknown, Reason::none};
         report.journal_failure = error.what();
         Report(report);
     }
+    return 0;
+}
+
+}  // namespace
+}  // namespace kkmcheck
+
+int main(int argc, char** argv) {
+    if (argc != 6) {
+        return 2;
+    }
+    const int status =
+        kkmcheck::WorkThrough({std::string(argv[1]) == "print", argv[2], argv[3],
+                               std::strtoll(argv[4], nullptr, 10), std::atoi(argv[5])});
     // The driver's own farewell at its unloading is not wanted: a check may be open.
-    _exit(0);
+    _exit(status);
 }

@@ -39,7 +39,7 @@ std::string WorkerPath() {
     }
     const std::string folder = FolderOfLibrary();
     for (const char* const place : {"/kkmcheck-worker", "/kkmcheck/kkmcheck-worker"}) {
-        const std::string path = folder + place;
+        std::string path = folder + place;
         if (::access(path.c_str(), X_OK) == 0) {
             return path;
         }
@@ -73,6 +73,7 @@ pid_t Start(const WorkerTask& task, int output, int time_ms) {
         WorkerPath(), task.prints ? "print" : "resolve", task.journal,
         task.device,  std::to_string(task.attempt),      std::to_string(time_ms)};
     std::vector<char*> arguments;
+    arguments.reserve(words.size() + 1);
     for (std::string& word : words) {
         arguments.push_back(word.data());
     }
