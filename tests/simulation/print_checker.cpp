@@ -205,8 +205,9 @@ Wrong Checker::CheckPaper(const CallFacts& facts) {
         return "the tape did not grow by the lines of the check";
     }
     const auto& paper = model.paper().lines();
-    if (paper.size() <= facts.before.paper_lines ||
-        paper.back().kind != virtual_register::PaperLine::Kind::cut) {
+    const std::size_t receipt_end = side_.registrations().back().paper_lines;
+    if (receipt_end <= facts.before.paper_lines ||
+        paper[receipt_end - 1].kind != virtual_register::PaperLine::Kind::cut) {
         return "no whole receipt came out";
     }
     if (LocksKeyboard(required_.version()) && model.switch_locked()) {

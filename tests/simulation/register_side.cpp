@@ -258,6 +258,7 @@ void RegisterSide::NoteCheck(Micros now, bool by_key) {
         registration.exchange = static_cast<std::uint32_t>(journal_.exchanges().size()) - 1;
         registration.born_in = born_in_;
         registration.by_key = by_key;
+        registration.paper_lines = model_.paper().lines().size();
         registrations_.push_back(registration);
         journal_.Add(EventKind::registered, now, static_cast<int>(registrations_.size()));
     }

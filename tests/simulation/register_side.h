@@ -33,6 +33,8 @@ struct Registration {
     std::uint32_t exchange = 0;  // the exchange that was going on
     std::uint32_t born_in = 0;   // the call during which its first line came
     bool by_key = false;         // the cashier's key brought it out
+    // What was out of the printer when the check was registered; its receipt is the end of it.
+    std::size_t paper_lines = 0;
 };
 
 // What the register itself told the driver during a call.

@@ -71,6 +71,15 @@ TEST_F(Windows, CountersUnreadBehindTheRegistration) {
                 ElementsAre(Verdict::counters_unread, Verdict::printed));
 }
 
+// A shift report that the cashier asks for and that finds no paper hangs torn behind the receipt;
+// the receipt is whole.
+TEST_F(Windows, TornShiftReportBehindTheReceiptIsNotTheReceipt) {
+    const RunResult result =
+        Run(Printing(302, {At(kStatistics, 2, FaultKind::paper_ends, 2),
+                           At(kStatistics, 2, FaultKind::cashier_closes_shift)}));
+    EXPECT_EQ(result.verdicts.front(), Verdict::printed);
+}
+
 // The same where the driver locks the keyboard: the unlocking is lost as well, the cashier cannot
 // ask for the second check, and only UnLock() helps.
 TEST_F(Windows, CountersUnreadLeavesTheKeyboardLocked) {

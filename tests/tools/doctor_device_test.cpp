@@ -8,6 +8,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <filesystem>
 #include <fstream>
 
 #include "kkm/doctor.h"
@@ -110,6 +111,19 @@ TEST(DoctorDevice, AnotherHolder) {
     close(ready[1]);
 }
 
+TEST(DoctorDevice, AdapterThatKeepsBytesBack) {
+    const test::TempDirectory folder;
+    const Tty tty;
+    const auto adapter = std::filesystem::path(tty.name()).filename() / "device";
+    std::filesystem::create_directories(adapter);
+    std::ofstream(adapter / "latency_timer") << "16\n";
+    const auto findings = ExamineDevice(tty.name(), ".");
+    EXPECT_THAT(KeysOf(findings), ElementsAre("device", "adapter_latency"));
+    EXPECT_EQ(findings.back().what, "the adapter keeps received bytes back for up to 16 ms");
+    std::ofstream(adapter / "latency_timer") << "1\n";
+    EXPECT_THAT(KeysOf(ExamineDevice(tty.name(), ".")), ElementsAre("device"));
+}
+
 TEST(DoctorTrace, GoodDirectory) {
     const test::TempDirectory folder;
     EXPECT_THAT(KeysOf(ExamineTraceFiles("")), ElementsAre("trace"));
@@ -124,6 +138,11 @@ TEST(DoctorTrace, FileThatCannotBeWritten) {
 TEST(DoctorTrace, DirectoryThatIsMissingOrForbidden) {
     const test::TempDirectory folder;
     EXPECT_THAT(KeysOf(ExamineTraceFiles("missing")), ElementsAre("trace_not_writable"));
+}
+
+// The kernel's own file system of processes has no room at all.
+TEST(DoctorTrace, FullDisk) {
+    EXPECT_THAT(KeysOf(ExamineTraceFiles("/proc")), testing::Contains("disk_full"));
 }
 
 TEST(DoctorTrace, HugeFile) {

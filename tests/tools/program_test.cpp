@@ -130,6 +130,14 @@ TEST_F(ProgramTest, WatchSeesWithoutTouching) {
     EXPECT_EQ(std::count(output.begin(), output.end(), '\n'), 1);
 }
 
+TEST_F(ProgramTest, ShellCompletesCommands) {
+    EXPECT_EQ(Sh("bash -c '. " PROJECT_FOLDER "/packaging/completions/kkm; "
+                 "COMP_WORDS=(" KKM_PROGRAM " tape --f); COMP_CWORD=2; _kkm; "
+                 "echo ${COMPREPLY[*]}; complete -p kkm'"),
+              0);
+    EXPECT_EQ(output, "--from\ncomplete -o default -F _kkm kkm\n");
+}
+
 TEST_F(ProgramTest, RunGivesTheHostItsPort) {
     const RegisterProcess kassa({});
     const int status = Sh(KKM_PROGRAM " run --device " + kassa.Tty() +

@@ -4,6 +4,7 @@
 #include <functional>
 
 #include "kkm/check_command.h"
+#include "kkm/completion.h"
 #include "kkm/doctor.h"
 #include "kkm/dry_run.h"
 #include "kkm/explain.h"
@@ -45,6 +46,10 @@ Exit status:
   9    a figure could not be read
   10   doctor found something to mend
   125  run could not give the program its device; 126, 127 could not start it
+)";
+
+constexpr auto kWhichRegister =
+    R"(The register: kkm --device PATH or kkm --port N; --json writes JSON.
 )";
 
 constexpr auto kCheckFormat = R"(The check is a JSON text:
@@ -113,7 +118,6 @@ class CommandLine {
 
 CommandLine::CommandLine(Streams& streams) : streams_(streams) {
     app_.name("kkm");
-    app_.footer(kExamples);
     app_.set_version_flag("--version", "kkm " KKM_VERSION);
     app_.require_subcommand(1);
     app_.fallthrough();
@@ -131,6 +135,7 @@ CommandLine::CommandLine(Streams& streams) : streams_(streams) {
     AddQueries();
     AddServices();
     AddTools();
+    app_.footer(kExamples);  // behind the commands, which would take it over
 }
 
 CLI::App* CommandLine::Add(const std::string& name, const std::string& about,
@@ -140,6 +145,9 @@ CLI::App* CommandLine::Add(const std::string& name, const std::string& about,
         run_ = run;
         needs_register_ = needs_register;
     });
+    if (needs_register) {
+        command->footer(kWhichRegister);
+    }
     return command;
 }
 
@@ -155,7 +163,9 @@ void CommandLine::AddCheck() {
             return RunCheck(address_, file, as_json_, streams_);
         },
         false);
-    check->add_option("FILE", path_, "The check, or - for standard input")->required();
+    check->add_option("FILE", path_, "The check, or - for standard input")
+        ->type_name("")
+        ->required();
     check->add_flag("--dry-run", dry_run_, "Show the receipt as it will be; send nothing");
     check->add_option("--firmware", firmware_, "Firmware for --dry-run")
         ->check(CLI::IsMember({301, 302, 303, 310, 400}))
@@ -203,6 +213,7 @@ void CommandLine::AddServices() {
     Add("text", "Print a line of text",
         [this] { return RunText(address_, text_, as_json_, streams_); })
         ->add_option("TEXT", text_, "Up to 16 letters")
+        ->type_name("")
         ->required();
     Add("feed", "Feed the paper", [this] { return RunFeed(address_, times_, as_json_, streams_); })
         ->add_option("N", times_, "How often, 40 lines each time")
@@ -229,6 +240,7 @@ void CommandLine::AddTools() {
         [this] { return RunExplain(what_, as_json_, streams_); }, false)
         ->add_option("WHAT", what_,
                      "Code or name of an error, a state or a key; or a VeskTarvoM5.log")
+        ->type_name("")
         ->required();
     CLI::App* const run = Add(
         "run", "Run a host program that finds the device at its own port",
@@ -248,7 +260,9 @@ void CommandLine::AddTools() {
         ->capture_default_str();
     run->add_option("--directory", host_.directory, "Directory to start in, for the trace files")
         ->type_name("DIR");
-    run->add_option("HOST", host_.host, "The program and its arguments, behind --")->required();
+    run->add_option("HOST", host_.host, "The program and its arguments, behind --")
+        ->type_name("")
+        ->required();
     run->footer(kRunAbout);
 }
 
@@ -271,6 +285,12 @@ ExitStatus CommandLine::Run(int argc, const char* const* argv) {
 ExitStatus Run(int argc, const char* const* argv, Streams& streams) {
     try {
         CommandLine line(streams);
+        if (argc > 1 && argv[1] == std::string_view("--complete")) {
+            for (const std::string& word : Complete(line.app(), {argv + 2, argv + argc})) {
+                streams.out << word << '\n';
+            }
+            return ExitStatus::done;
+        }
         try {
             return line.Run(argc, argv);
         } catch (const CLI::ParseError& e) {

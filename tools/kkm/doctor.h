@@ -23,8 +23,10 @@ struct Finding {
     std::string advice;  // what to do; empty when nothing is
 };
 
-// The device: present, a serial line, permitted, held by nobody else, its adapter quick.
-std::vector<Finding> ExamineDevice(const std::string& device);
+// The device: present, a serial line, permitted, held by nobody else, its adapter quick. What the
+// system knows of adapters stands in `tty_class`.
+std::vector<Finding> ExamineDevice(const std::string& device,
+                                   const std::string& tty_class = "/sys/class/tty");
 // The register on it: answers at each speed, firmware, answer times, state. Nothing is changed at
 // the register. Blocks up to 20 s.
 std::vector<Finding> ExamineRegister(const std::string& device);

@@ -101,10 +101,10 @@ Findings ExamineOpening(const std::string& device, const struct stat& node) {
     return {{Grade::good, "device", device + " is a serial line that this user may open", ""}};
 }
 
-void ExamineLatency(const std::string& device, Findings& findings) {
+void ExamineLatency(const std::string& device, const fs::path& tty_class, Findings& findings) {
     std::error_code ignored;
     const fs::path real = fs::canonical(device, ignored);
-    const fs::path timer = fs::path("/sys/class/tty") / real.filename() / "device/latency_timer";
+    const fs::path timer = tty_class / real.filename() / "device/latency_timer";
     const std::string ms = ContentOf(timer);
     if (!ms.empty() && std::atoi(ms.c_str()) > 1) {
         findings.push_back({Grade::note, "adapter_latency",
@@ -140,7 +140,7 @@ void ExamineTraceFile(const fs::path& path, Findings& findings) {
 
 }  // namespace
 
-std::vector<Finding> ExamineDevice(const std::string& device) {
+std::vector<Finding> ExamineDevice(const std::string& device, const std::string& tty_class) {
     struct stat node {};
     if (stat(device.c_str(), &node) != 0) {
         if (errno == EACCES) {
@@ -160,7 +160,7 @@ std::vector<Finding> ExamineDevice(const std::string& device) {
                             "process " + holder + " has the device open as well",
                             "end it: two programs on one line read parts of each answer"});
     }
-    ExamineLatency(device, findings);
+    ExamineLatency(device, tty_class, findings);
     return findings;
 }
 
