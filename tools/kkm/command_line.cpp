@@ -9,6 +9,7 @@
 #include "kkm/dry_run.h"
 #include "kkm/dump_command.h"
 #include "kkm/explain.h"
+#include "kkm/journal_line.h"
 #include "kkm/query_commands.h"
 #include "kkm/run_command.h"
 #include "kkm/service_commands.h"
@@ -31,6 +32,8 @@ constexpr auto kExamples = R"(Examples:
   kkm --port 1 tape --from 10 --csv
   kkm --port 1 dump till.mem && tarvo-register --memory till.mem
   echo '{"lines":[{"name":"Хлеб","price":25.5}]}' | kkm check --dry-run -
+  kkm --port 1 check check.json --key order-4711 --journal till1.journal
+  kkm --port 1 resolve --all --journal till1.journal
   kkm explain 34
   kkm explain VeskTarvoM5.log
   kkm --device /dev/ttyUSB0 run --port 2 -- ./till
@@ -97,6 +100,7 @@ class CommandLine {
     void AddServices();
     void AddTools();
     void RequireRegister() const;
+    ExitStatus RunWithJournal(const CheckFile& file);
 
     Streams& streams_;
     CLI::App app_{kAbout};
@@ -107,6 +111,7 @@ class CommandLine {
     bool as_json_ = false;
     std::string path_;
     bool dry_run_ = false;
+    JournalOptions journal_;
     int firmware_ = 303;
     TapeRange range_;
     bool csv_ = false;
@@ -165,6 +170,9 @@ void CommandLine::AddCheck() {
                 return DryRun(file, firmware_, as_json_, streams_);
             }
             RequireRegister();
+            if (!journal_.key.empty()) {
+                return RunWithJournal(file);
+            }
             return RunCheck(address_, file, as_json_, streams_);
         },
         false);
@@ -175,7 +183,27 @@ void CommandLine::AddCheck() {
     check->add_option("--firmware", firmware_, "Firmware for --dry-run")
         ->check(CLI::IsMember({301, 302, 303, 310, 400}))
         ->capture_default_str();
+    AddKeyOptions(*check, journal_);
     check->footer(kCheckFormat);
+    const auto add = [this](const char* name, const char* about, std::function<ExitStatus()> run) {
+        return Add(
+            name, about,
+            [this, run = std::move(run)] {
+                journal_.as_json = as_json_;
+                return run();
+            },
+            false);
+    };
+    AddJournalCommands(
+        add, address_, journal_, [this] { RequireRegister(); }, streams_);
+}
+
+ExitStatus CommandLine::RunWithJournal(const CheckFile& file) {
+    if (journal_.path.empty()) {
+        throw CLI::RequiredError("--journal");
+    }
+    journal_.as_json = as_json_;
+    return RunKeyedCheck(address_, file, journal_, streams_);
 }
 
 void CommandLine::AddQueries() {
