@@ -45,7 +45,7 @@ word32() {
 # All C++ files of ours.
 cxx_files() {
   local part folders=()
-  for part in include src virtual_register tools examples tests benchmarks; do
+  for part in include src companion virtual_register tools examples tests benchmarks; do
     [ ! -d "$part" ] || folders+=("$part")
   done
   find "${folders[@]}" -name '*.h' -o -name '*.cpp' | sort

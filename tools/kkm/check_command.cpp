@@ -60,24 +60,6 @@ class Listening {
     Listening& operator=(const Listening&) = delete;
 };
 
-// The names in the register's code page. What is lost is told before anything is sent.
-std::vector<std::string> RegisterNames(const CheckFile& check, std::ostream& warnings) {
-    std::vector<std::string> names;
-    for (const CheckLine& line : check.lines) {
-        RegisterText name = ToRegisterText(line.name);
-        if (!name.lost.empty()) {
-            warnings << "kkm: sale line " << names.size() + 1
-                     << ": the register lacks and prints as '?':";
-            for (const std::string& letter : name.lost) {
-                warnings << ' ' << letter;
-            }
-            warnings << std::endl;
-        }
-        names.push_back(std::move(name.bytes));
-    }
-    return names;
-}
-
 // What this firmware will leave out, though the library takes it.
 void WarnOfFirmware(int firmware, const CheckFile& check, const std::vector<std::string>& names,
                     std::ostream& warnings) {
@@ -165,6 +147,23 @@ std::vector<Figure> PrintCheckFile(const Address& address, const CheckFile& chec
 }
 
 }  // namespace
+
+std::vector<std::string> RegisterNames(const CheckFile& check, std::ostream& warnings) {
+    std::vector<std::string> names;
+    for (const CheckLine& line : check.lines) {
+        RegisterText name = ToRegisterText(line.name);
+        if (!name.lost.empty()) {
+            warnings << "kkm: sale line " << names.size() + 1
+                     << ": the register lacks and prints as '?':";
+            for (const std::string& letter : name.lost) {
+                warnings << ' ' << letter;
+            }
+            warnings << std::endl;
+        }
+        names.push_back(std::move(name.bytes));
+    }
+    return names;
+}
 
 ExitStatus RunCheck(const Address& address, const CheckFile& check, bool as_json,
                     Streams& streams) {

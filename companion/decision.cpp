@@ -1,0 +1,196 @@
+#include "companion/decision.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <iterator>
+
+namespace kkmcheck {
+namespace {
+
+// The driver gives every line the same code and article; what a cashier types has its own.
+constexpr int kDriverCode = 1;
+constexpr std::uint8_t kDriverDigits[4] = {0x45, 0x67, 0x89, 0x01};
+// So many of the article's bytes must differ before a record counts as somebody else's: bytes that
+// change on the line change fewer.
+constexpr int kForeignDigits = 3;
+// A record cannot hold a larger quantity.
+constexpr std::int64_t kLargestQuantity = 65535;
+// Firmware on which the driver locks the keyboard while it works.
+constexpr int kFirstWithLock = 303;
+constexpr int kWithoutLock = 400;
+
+enum class Origin { driver, foreign, doubtful };
+
+Origin OriginOf(const TapeRecord& record) {
+    int differing = 0;
+    for (std::size_t i = 0; i < std::size(kDriverDigits); ++i) {
+        differing += record.digits[i] != kDriverDigits[i] ? 1 : 0;
+    }
+    if (differing == 0 && record.code == kDriverCode && !record.marked) {
+        return Origin::driver;
+    }
+    return differing >= kForeignDigits ? Origin::foreign : Origin::doubtful;
+}
+
+bool Matches(const TapeRecord& record, const ExpectedRecord& expected) {
+    return record.kind == expected.kind && record.sum_kopecks == expected.sum_kopecks &&
+           record.quantity_thousandths == std::min(expected.quantity_thousandths, kLargestQuantity);
+}
+
+bool KeyboardWasLocked(int firmware) {
+    return firmware >= kFirstWithLock && firmware < kWithoutLock;
+}
+
+Verdict Unknown(Reason reason) {
+    return {Outcome::unknown, reason};
+}
+
+// The new records that no other check of the journal accounts for.
+struct Unclaimed {
+    std::vector<std::size_t> places;  // among the new records
+    int checks = 0;
+};
+
+Unclaimed FindUnclaimed(const Evidence& evidence, int checks) {
+    const int first = evidence.before->counters.records;
+    const int end = evidence.after->records;
+    Unclaimed found;
+    found.checks = checks;
+    for (const Claim& claim : evidence.claims) {
+        if (claim.first_record >= first && claim.first_record + claim.records <= end) {
+            --found.checks;
+        }
+    }
+    for (std::size_t i = 0; i < evidence.records.size(); ++i) {
+        const int record = first + static_cast<int>(i);
+        const bool claimed = std::any_of(
+            evidence.claims.begin(), evidence.claims.end(), [record](const Claim& claim) {
+                return record >= claim.first_record && record < claim.first_record + claim.records;
+            });
+        if (!claimed) {
+            found.places.push_back(i);
+        }
+    }
+    return found;
+}
+
+// The records of this check, one behind the other, found by their origin and compared by sums.
+bool AreThisCheck(const Evidence& evidence, const std::vector<std::size_t>& places) {
+    if (places.size() != evidence.expected.size()) {
+        return false;
+    }
+    for (std::size_t i = 0; i < places.size(); ++i) {
+        if (places[i] != places[0] + i ||
+            !Matches(evidence.records[places[i]], evidence.expected[i])) {
+            return false;
+        }
+    }
+    return true;
+}
+
+Verdict DecideByTape(const Evidence& evidence, int checks) {
+    const Unclaimed unclaimed = FindUnclaimed(evidence, checks);
+    const int records = static_cast<int>(unclaimed.places.size());
+    if (unclaimed.checks < 0 || records < unclaimed.checks ||
+        (unclaimed.checks == 0 && records > 0)) {
+        return Unknown(Reason::counters_at_odds);
+    }
+    std::vector<std::size_t> from_driver;
+    for (const std::size_t place : unclaimed.places) {
+        const Origin origin = OriginOf(evidence.records[place]);
+        if (origin == Origin::doubtful) {
+            return Unknown(Reason::doubtful_records);
+        }
+        if (origin == Origin::driver) {
+            from_driver.push_back(place);
+        }
+    }
+    if (from_driver.empty()) {
+        return evidence.nothing_open ? Verdict{Outcome::not_printed, Reason::not_on_tape}
+                                     : Unknown(Reason::check_may_be_open);
+    }
+    if (!AreThisCheck(evidence, from_driver)) {
+        return Unknown(Reason::other_lines_on_tape);
+    }
+    // Every other check has a record at least. With more records than that, some may have been
+    // typed into this check, unless the keyboard was locked or the driver counted in time.
+    const int other_checks = unclaimed.checks - 1;
+    const int other_records = records - static_cast<int>(from_driver.size());
+    const bool undisturbed = other_checks > 0 && (KeyboardWasLocked(evidence.firmware) ||
+                                                  evidence.driver_result.value_or(0) == 1);
+    if (other_records < other_checks) {
+        return Unknown(Reason::counters_at_odds);
+    }
+    if (other_records > other_checks && !undisturbed) {
+        return Unknown(Reason::lines_added_by_hand);
+    }
+    return {Outcome::printed, Reason::on_tape,
+            evidence.before->counters.records + static_cast<int>(from_driver[0])};
+}
+
+}  // namespace
+
+bool Counters::operator==(const Counters& other) const {
+    return serial == other.serial && tape == other.tape && checks == other.checks &&
+           records == other.records;
+}
+
+bool TapeRecord::operator==(const TapeRecord& other) const {
+    return kind == other.kind && payment == other.payment && sum_kopecks == other.sum_kopecks &&
+           quantity_thousandths == other.quantity_thousandths && marked == other.marked &&
+           code == other.code && std::memcmp(digits, other.digits, sizeof digits) == 0;
+}
+
+std::string Text(const TapeRecord& record) {
+    char text[128];
+    std::snprintf(text, sizeof text,
+                  "kind %d, payment %d, %lld.%02lld, quantity %lld.%03lld, article %d "
+                  "%02x%02x%02x%02x%s",
+                  record.kind, record.payment, static_cast<long long>(record.sum_kopecks / 100),
+                  static_cast<long long>(record.sum_kopecks % 100),
+                  static_cast<long long>(record.quantity_thousandths / 1000),
+                  static_cast<long long>(record.quantity_thousandths % 1000), record.code,
+                  record.digits[0], record.digits[1], record.digits[2], record.digits[3],
+                  record.marked ? ", marked" : "");
+    return text;
+}
+
+Verdict Decide(const Evidence& evidence) {
+    if (evidence.stage == Stage::intended || evidence.stage == Stage::counted) {
+        return {Outcome::not_printed, Reason::nothing_sent};
+    }
+    if (!evidence.before || !evidence.after) {
+        return Unknown(Reason::register_unread);
+    }
+    const Counters& before = evidence.before->counters;
+    const Counters& after = *evidence.after;
+    if (after.serial != before.serial) {
+        return Unknown(Reason::other_register);
+    }
+    if (after.tape != before.tape) {
+        return Unknown(after.tape > before.tape ? Reason::tape_closed : Reason::counters_went_back);
+    }
+    if (after.checks < before.checks || after.records < before.records) {
+        return Unknown(Reason::counters_went_back);
+    }
+    if (evidence.last_record_now != evidence.before->last_record) {
+        return Unknown(evidence.last_record_now.empty() ? Reason::tape_unread
+                                                        : Reason::other_memory);
+    }
+    const int checks = after.checks - before.checks;
+    const int records = after.records - before.records;
+    if (checks == 0 && records == 0) {
+        return evidence.nothing_open ? Verdict{Outcome::not_printed, Reason::counters_unmoved}
+                                     : Unknown(Reason::check_may_be_open);
+    }
+    if (records < checks || checks == 0) {
+        return Unknown(Reason::counters_at_odds);
+    }
+    if (evidence.records.size() != static_cast<std::size_t>(records)) {
+        return Unknown(Reason::tape_unread);
+    }
+    return DecideByTape(evidence, checks);
+}
+
+}  // namespace kkmcheck

@@ -1,0 +1,180 @@
+#include "companion/till.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace kkmcheck {
+namespace {
+
+Attempt StillWorking(Attempt attempt) {
+    attempt.reason = Reason::still_working;
+    return attempt;
+}
+
+}  // namespace
+
+Till::Till(const std::string& journal, std::string device)
+    : path_(journal), device_(std::move(device)), journal_(journal, Journal::Opening::create) {}
+
+void Till::RequireDevice() const {
+    if (device_.empty()) {
+        throw Refusal(Refusal::Why::argument, "the journal was opened without a device");
+    }
+}
+
+Attempt Till::Find(const std::string& key) {
+    auto attempt = journal_.FindAttempt(key);
+    if (!attempt) {
+        throw Refusal(Refusal::Why::no_key, "no check has the key " + key);
+    }
+    return *attempt;
+}
+
+Attempt Till::Print(const std::string& key, const Check& check, bool again,
+                    const Deadline& deadline) {
+    RequireDevice();
+    Examine(check);
+    const auto known = [&] {
+        const auto kept = journal_.FindCheck(key);
+        if (kept && !(*kept == check)) {
+            throw Refusal(Refusal::Why::other_content,
+                          "the key " + key + " belongs to a check with another content");
+        }
+        auto attempt = journal_.FindAttempt(key);
+        const bool to_print = !attempt || (again && attempt->outcome == Outcome::not_printed);
+        return std::make_pair(to_print, std::move(attempt));
+    };
+    if (const auto [to_print, attempt] = known();
+        !to_print && attempt->outcome != Outcome::unknown) {
+        return *attempt;
+    }
+    TillLock lock(path_);
+    if (!lock.Take(deadline)) {
+        if (const auto attempt = known().second) {
+            return StillWorking(*attempt);
+        }
+        throw Refusal(Refusal::Why::busy, "another process works with the register");
+    }
+    // Whoever had the lock may have had the same key.
+    const auto [to_print, attempt] = known();
+    if (!to_print) {
+        return attempt->outcome == Outcome::unknown ? Settle(*attempt, lock, deadline) : *attempt;
+    }
+    const std::int64_t id = journal_.Begin(key, check, device_);
+    return Work(*journal_.FindAttempt(id), true, lock, deadline);
+}
+
+Attempt Till::Resolve(const std::string& key, const Deadline& deadline) {
+    RequireDevice();
+    if (Attempt attempt = Find(key); attempt.outcome != Outcome::unknown) {
+        return attempt;
+    }
+    TillLock lock(path_);
+    if (!lock.Take(deadline)) {
+        return StillWorking(Find(key));
+    }
+    Attempt attempt = Find(key);
+    return attempt.outcome == Outcome::unknown ? Settle(attempt, lock, deadline) : attempt;
+}
+
+// With the lock taken no worker has the attempt any more.
+Attempt Till::Settle(const Attempt& attempt, const TillLock& lock, const Deadline& deadline) {
+    Attempt settled = WithoutRegister(attempt);
+    return settled.outcome == Outcome::unknown ? Work(attempt, false, lock, deadline) : settled;
+}
+
+// What broke off before anything was sent needs no register to be told.
+Attempt Till::WithoutRegister(const Attempt& attempt) {
+    const auto check = journal_.FindCheck(attempt.key);
+    const Evidence evidence = journal_.EvidenceOf(attempt, check.value_or(Check{}));
+    const Verdict verdict = Decide(evidence);
+    if (verdict.outcome == Outcome::unknown) {
+        return attempt;
+    }
+    journal_.Decided(attempt.id, evidence, verdict, attempt.driver_error);
+    return *journal_.FindAttempt(attempt.id);
+}
+
+Attempt Till::Work(const Attempt& attempt, bool prints, const TillLock& lock,
+                   const Deadline& deadline) {
+    Workers::Result result;
+    try {
+        result = workers_.Run({prints, path_, device_, attempt.id, lock.descriptor()}, deadline);
+    } catch (const std::runtime_error& error) {
+        WithoutRegister(attempt);
+        throw Refusal(Refusal::Why::worker, error.what());
+    }
+    Attempt now = *journal_.FindAttempt(attempt.id);
+    if (result.end == Workers::End::working) {
+        return StillWorking(now);
+    }
+    const WorkerReport& report = result.report;
+    if (result.end == Workers::End::died || report.verdict.outcome == Outcome::unknown) {
+        if (now.outcome == Outcome::unknown) {
+            now = WithoutRegister(now);
+        }
+        if (now.outcome == Outcome::unknown && now.reason == Reason::none) {
+            now.reason = Reason::register_unread;
+        }
+    } else if (now.outcome == Outcome::unknown) {
+        // Decided, but the journal did not take it: it will be found out anew when it is asked for.
+        now.outcome = report.verdict.outcome;
+        now.reason = report.verdict.reason;
+        now.first_record = report.verdict.first_record;
+        now.driver_error = report.driver_error;
+    }
+    if (!report.journal_failure.empty() && now.stage < Stage::sending) {
+        throw JournalFailure(report.journal_failure);
+    }
+    return now;
+}
+
+Attempt Till::Recorded(const std::string& key) {
+    Attempt attempt = Find(key);
+    TillLock lock(path_);
+    if (attempt.outcome != Outcome::unknown) {
+        return attempt;
+    }
+    return lock.Take(Deadline(0)) ? WithoutRegister(Find(key)) : StillWorking(attempt);
+}
+
+Attempt Till::SetByHand(const std::string& key, Outcome outcome) {
+    TillLock lock(path_);
+    if (!lock.Take(Deadline(0))) {
+        throw Refusal(Refusal::Why::busy, "another process works with the register");
+    }
+    Attempt attempt = Find(key);
+    if (attempt.outcome != Outcome::unknown) {
+        return attempt;
+    }
+    const auto check = journal_.FindCheck(key);
+    const Verdict verdict{
+        outcome, outcome == Outcome::printed ? Reason::seen_on_paper : Reason::not_on_paper};
+    journal_.Decided(attempt.id, journal_.EvidenceOf(attempt, check.value_or(Check{})), verdict,
+                     attempt.driver_error);
+    return *journal_.FindAttempt(attempt.id);
+}
+
+std::vector<Attempt> Till::All() {
+    std::vector<Attempt> last;
+    for (Attempt& attempt : journal_.Attempts()) {
+        const auto same = [&](const Attempt& other) { return other.key == attempt.key; };
+        const auto found = std::find_if(last.begin(), last.end(), same);
+        if (found == last.end()) {
+            last.push_back(std::move(attempt));
+        } else {
+            *found = std::move(attempt);
+        }
+    }
+    return last;
+}
+
+std::vector<std::string> Till::UndecidedKeys() {
+    std::vector<std::string> keys;
+    for (const Attempt& attempt : journal_.Undecided()) {
+        keys.push_back(attempt.key);
+    }
+    return keys;
+}
+
+}  // namespace kkmcheck

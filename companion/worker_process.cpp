@@ -1,0 +1,166 @@
+#include "companion/worker_process.h"
+
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <poll.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <sstream>
+#include <stdexcept>
+
+extern char** environ;
+
+namespace kkmcheck {
+namespace {
+
+constexpr int kLockDescriptor = 3;
+// A worker gives up a little before the host does, so that the host sees its end.
+constexpr int kMarginMs = 150;
+
+std::string FolderOfLibrary() {
+    Dl_info info{};
+    if (dladdr(reinterpret_cast<void*>(&ReportText), &info) == 0 || info.dli_fname == nullptr) {
+        return ".";
+    }
+    const std::string path = info.dli_fname;
+    const std::size_t slash = path.rfind('/');
+    return slash == std::string::npos ? "." : path.substr(0, slash);
+}
+
+std::string WorkerPath() {
+    if (const char* const named = std::getenv("KKMCHECK_WORKER")) {
+        return named;
+    }
+    const std::string folder = FolderOfLibrary();
+    for (const char* const place : {"/kkmcheck-worker", "/kkmcheck/kkmcheck-worker"}) {
+        std::string path = folder + place;
+        if (::access(path.c_str(), X_OK) == 0) {
+            return path;
+        }
+    }
+    throw std::runtime_error("kkmcheck-worker is not beside the library in " + folder);
+}
+
+struct Pipe {
+    int ends[2] = {-1, -1};
+    Pipe() {
+        if (::pipe2(ends, O_CLOEXEC) != 0) {
+            throw std::runtime_error(std::string("no pipe: ") + std::strerror(errno));
+        }
+    }
+    ~Pipe() {
+        ::close(ends[0]);
+        CloseWriting();
+    }
+    Pipe(const Pipe&) = delete;
+    Pipe& operator=(const Pipe&) = delete;
+    void CloseWriting() {
+        if (ends[1] >= 0) {
+            ::close(ends[1]);
+            ends[1] = -1;
+        }
+    }
+};
+
+pid_t Start(const WorkerTask& task, int output, int time_ms) {
+    std::vector<std::string> words{
+        WorkerPath(), task.prints ? "print" : "resolve", task.journal,
+        task.device,  std::to_string(task.attempt),      std::to_string(time_ms)};
+    std::vector<char*> arguments;
+    arguments.reserve(words.size() + 1);
+    for (std::string& word : words) {
+        arguments.push_back(word.data());
+    }
+    arguments.push_back(nullptr);
+    posix_spawn_file_actions_t files;
+    posix_spawn_file_actions_init(&files);
+    posix_spawn_file_actions_addopen(&files, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    // In this order: the pipe may have the lock's place in the worker.
+    posix_spawn_file_actions_adddup2(&files, output, STDOUT_FILENO);
+    posix_spawn_file_actions_adddup2(&files, task.lock, kLockDescriptor);
+    posix_spawnattr_t attributes;
+    posix_spawnattr_init(&attributes);
+    // Ctrl-C at the host's terminal must not end a check half-way.
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID);
+    pid_t pid = -1;
+    const int error =
+        posix_spawn(&pid, arguments[0], &files, &attributes, arguments.data(), environ);
+    posix_spawnattr_destroy(&attributes);
+    posix_spawn_file_actions_destroy(&files);
+    if (error != 0) {
+        throw std::runtime_error(words[0] + ": " + std::strerror(error));
+    }
+    return pid;
+}
+
+}  // namespace
+
+std::string ReportText(const WorkerReport& report) {
+    std::ostringstream text;
+    text << static_cast<int>(report.verdict.outcome) << ' '
+         << static_cast<int>(report.verdict.reason) << ' ' << report.verdict.first_record << ' '
+         << report.driver_error << ' ' << report.journal_failure << '\n';
+    return text.str();
+}
+
+std::optional<WorkerReport> ParseReport(const std::string& text) {
+    if (text.empty() || text.back() != '\n') {
+        return std::nullopt;
+    }
+    std::istringstream stream(text);
+    int outcome = 0;
+    int reason = 0;
+    WorkerReport report;
+    if (!(stream >> outcome >> reason >> report.verdict.first_record >> report.driver_error)) {
+        return std::nullopt;
+    }
+    report.verdict.outcome = static_cast<Outcome>(outcome);
+    report.verdict.reason = static_cast<Reason>(reason);
+    stream.get();
+    std::getline(stream, report.journal_failure);
+    return report;
+}
+
+Workers::Result Workers::Run(const WorkerTask& task, const Deadline& deadline) {
+    Collect();
+    Pipe pipe;
+    started_.push_back(Start(task, pipe.ends[1], std::max(deadline.Left() - kMarginMs, 1)));
+    pipe.CloseWriting();
+    Result result;
+    std::string text;
+    for (;;) {
+        pollfd waited{pipe.ends[0], POLLIN, 0};
+        const int ready = ::poll(&waited, 1, deadline.Left());
+        if (ready < 0 && errno == EINTR) {
+            continue;
+        }
+        if (ready <= 0) {
+            return result;
+        }
+        char bytes[256];
+        const ssize_t count = ::read(pipe.ends[0], bytes, sizeof bytes);
+        if (count <= 0) {
+            result.end = End::died;
+            return result;
+        }
+        text.append(bytes, static_cast<std::size_t>(count));
+        if (const auto report = ParseReport(text)) {
+            result.end = End::reported;
+            result.report = *report;
+            return result;
+        }
+    }
+}
+
+void Workers::Collect() {
+    const auto ended = [](pid_t pid) { return ::waitpid(pid, nullptr, WNOHANG) != 0; };
+    started_.erase(std::remove_if(started_.begin(), started_.end(), ended), started_.end());
+}
+
+}  // namespace kkmcheck

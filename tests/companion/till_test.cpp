@@ -1,0 +1,161 @@
+#include "companion/till.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <cstdlib>
+
+#include "support/temp_directory.h"
+
+using namespace kkmcheck;
+
+namespace {
+
+// The worker is a script of the test's own; nothing is connected to anything.
+class TillTest : public testing::Test {
+  protected:
+    TillTest() {
+        setenv("KKMCHECK_WORKER", folder_.Path("worker").c_str(), 1);
+        bread_.lines.push_back({"Bread", 25.5, 2, 1});
+    }
+    ~TillTest() override { unsetenv("KKMCHECK_WORKER"); }
+
+    void WorkerDoes(const std::string& script) const {
+        std::ofstream(folder_.Path("worker")) << "#!/bin/sh\n" << script << '\n';
+        chmod(folder_.Path("worker").c_str(), 0700);
+    }
+    Till Open() const { return Till(folder_.Path("till.journal"), "/dev/ttyS0"); }
+    // As a worker that got so far would have left it.
+    void Reached(const std::string& key, Stage stage) const {
+        Journal journal(folder_.Path("till.journal"), Journal::Opening::existing);
+        const auto id = journal.FindAttempt(key)->id;
+        journal.Counted(id, {{12345, 4, 17, 40}, ""}, 303);
+        if (stage >= Stage::sending) {
+            journal.Sending(id, {{12345, 4, 17, 40}, ""});
+        }
+    }
+
+    test::TempDirectory folder_;
+    Check bread_;
+};
+
+constexpr int kAmpleMs = 20000;
+
+Refusal::Why WhyOf(const std::function<void()>& action) {
+    try {
+        action();
+    } catch (const Refusal& refusal) {
+        return refusal.why();
+    }
+    ADD_FAILURE() << "it was not refused";
+    return Refusal::Why::argument;
+}
+
+}  // namespace
+
+TEST_F(TillTest, AWorkerThatCannotBeStartedPrintsNothing) {
+    Till till = Open();
+    EXPECT_EQ(WhyOf([&] { till.Print("K", bread_, false, Deadline(kAmpleMs)); }),
+              Refusal::Why::worker);
+    EXPECT_EQ(till.Recorded("K").outcome, Outcome::not_printed);
+    EXPECT_EQ(till.Recorded("K").reason, Reason::nothing_sent);
+}
+
+TEST_F(TillTest, AWorkerThatDiesBeforeItSendsPrintsNothing) {
+    WorkerDoes("kill -9 $$");
+    const Attempt attempt = Open().Print("K", bread_, false, Deadline(kAmpleMs));
+    EXPECT_EQ(attempt.outcome, Outcome::not_printed);
+    EXPECT_EQ(attempt.reason, Reason::nothing_sent);
+    EXPECT_EQ(attempt.stage, Stage::intended);
+}
+
+TEST_F(TillTest, AKeyThatWasUsedPrintsNothingMore) {
+    WorkerDoes("echo once >>started");
+    Till till = Open();
+    till.Print("K", bread_, false, Deadline(kAmpleMs));
+    till.Print("K", bread_, false, Deadline(kAmpleMs));
+    EXPECT_EQ(folder_.Content("started"), "once\n");
+    const Attempt again = till.Print("K", bread_, true, Deadline(kAmpleMs));
+    EXPECT_EQ(folder_.Content("started"), "once\nonce\n");
+    EXPECT_EQ(again.number, 2);
+}
+
+TEST_F(TillTest, AnotherContentUnderAUsedKeyIsRefused) {
+    WorkerDoes("exit 0");
+    Till till = Open();
+    till.Print("K", bread_, false, Deadline(kAmpleMs));
+    bread_.lines[0].price = 26;
+    EXPECT_EQ(WhyOf([&] { till.Print("K", bread_, true, Deadline(kAmpleMs)); }),
+              Refusal::Why::other_content);
+}
+
+TEST_F(TillTest, BehindTheDeadlineTheHostLearnsThatItIsUnknown) {
+    WorkerDoes("echo $4 >attempt; sleep 20 & echo $! >pid; wait");
+    Till till = Open();
+    const Attempt attempt = till.Print("K", bread_, false, Deadline(300));
+    EXPECT_EQ(attempt.outcome, Outcome::unknown);
+    EXPECT_EQ(attempt.reason, Reason::still_working);
+    // The worker lives on and keeps the till.
+    EXPECT_EQ(till.Resolve("K", Deadline(50)).reason, Reason::still_working);
+    EXPECT_EQ(till.Recorded("K").reason, Reason::still_working);
+    EXPECT_EQ(WhyOf([&] { till.Print("L", bread_, false, Deadline(50)); }), Refusal::Why::busy);
+    EXPECT_EQ(WhyOf([&] { till.Recorded("L"); }), Refusal::Why::no_key);
+    EXPECT_EQ(WhyOf([&] { till.SetByHand("K", Outcome::printed); }), Refusal::Why::busy);
+    EXPECT_EQ(std::system("kill $(cat pid)"), 0);
+    EXPECT_EQ(till.Resolve("K", Deadline(kAmpleMs)).reason, Reason::nothing_sent);
+}
+
+TEST_F(TillTest, WhatBrokeOffBeforeItsFirstLineNeedsNoRegister) {
+    WorkerDoes("exit 0");
+    Till till = Open();
+    {
+        Journal journal(folder_.Path("till.journal"), Journal::Opening::existing);
+        journal.Begin("K", bread_, "/dev/ttyS0");
+    }
+    Reached("K", Stage::counted);
+    WorkerDoes("echo started >started");
+    EXPECT_EQ(till.Print("K", bread_, false, Deadline(kAmpleMs)).reason, Reason::nothing_sent);
+    EXPECT_FALSE(folder_.Has("started"));
+}
+
+TEST_F(TillTest, WhatBrokeOffBehindItIsResolvedAndNotPrintedAnew) {
+    Till till = Open();
+    {
+        Journal journal(folder_.Path("till.journal"), Journal::Opening::existing);
+        journal.Begin("K", bread_, "/dev/ttyS0");
+    }
+    Reached("K", Stage::sending);
+    EXPECT_EQ(till.Recorded("K").outcome, Outcome::unknown);
+    WorkerDoes("echo $1 >>started; echo '1 1 40 0 the disk is full'");
+    const Attempt attempt = till.Print("K", bread_, true, Deadline(kAmpleMs));
+    EXPECT_EQ(folder_.Content("started"), "resolve\n");
+    EXPECT_EQ(attempt.outcome, Outcome::printed);
+    EXPECT_EQ(attempt.first_record, 40);
+    EXPECT_EQ(till.Recorded("K").outcome, Outcome::unknown) << "the journal did not take it";
+}
+
+TEST_F(TillTest, APersonMayDecideWhatIsUnknown) {
+    Till till = Open();
+    {
+        Journal journal(folder_.Path("till.journal"), Journal::Opening::existing);
+        journal.Begin("K", bread_, "/dev/ttyS0");
+    }
+    Reached("K", Stage::sending);
+    EXPECT_EQ(till.SetByHand("K", Outcome::printed).reason, Reason::seen_on_paper);
+    EXPECT_EQ(till.SetByHand("K", Outcome::not_printed).outcome, Outcome::printed);
+}
+
+TEST_F(TillTest, ReportsPassWhole) {
+    WorkerReport report;
+    report.verdict = {Outcome::printed, Reason::on_tape, 40};
+    report.driver_error = 32;
+    report.journal_failure = "the journal: disk is full";
+    const auto read = ParseReport(ReportText(report));
+    ASSERT_TRUE(read);
+    EXPECT_EQ(read->verdict.outcome, Outcome::printed);
+    EXPECT_EQ(read->verdict.first_record, 40);
+    EXPECT_EQ(read->driver_error, 32);
+    EXPECT_EQ(read->journal_failure, "the journal: disk is full");
+    EXPECT_FALSE(ParseReport("1 1 40"));
+    EXPECT_FALSE(ParseReport("x\n"));
+}

@@ -1,0 +1,169 @@
+#include "kkm/journal_commands.h"
+
+#include <memory>
+#include <vector>
+
+#include "kkm/check_command.h"
+#include "kkm/outcomes.h"
+
+namespace kkm {
+namespace {
+
+// The handle, and what is said when something does not work. Nothing was printed then.
+class OpenJournal {
+  public:
+    OpenJournal(const std::string& path, const std::string& device, Streams& streams)
+        : streams_(streams) {
+        kkmcheck_journal* journal = nullptr;
+        result_ = kkmcheck_open(path.c_str(), device.c_str(), &journal);
+        journal_.reset(journal);
+    }
+    kkmcheck_journal* get() const { return journal_.get(); }
+    bool Opened() const { return result_ == KKMCHECK_OK; }
+
+    // The status of a call of the library that gave `result`.
+    ExitStatus Failed(int result) const {
+        streams_.err << "kkm: " << kkmcheck_error(journal_.get()) << std::endl;
+        switch (result) {
+            case KKMCHECK_JOURNAL:
+                return ExitStatus::bad_file;
+            case KKMCHECK_WORKER:
+                return ExitStatus::failed;
+            default:
+                return ExitStatus::refused;
+        }
+    }
+    ExitStatus FailedToOpen() const { return Failed(result_); }
+
+  private:
+    struct Close {
+        void operator()(kkmcheck_journal* journal) const { kkmcheck_close(journal); }
+    };
+
+    Streams& streams_;
+    int result_ = KKMCHECK_OK;
+    std::unique_ptr<kkmcheck_journal, Close> journal_;
+};
+
+ExitStatus StatusOf(int verdict) {
+    switch (verdict) {
+        case KKMCHECK_PRINTED:
+            return ExitStatus::done;
+        case KKMCHECK_NOT_PRINTED:
+            return ExitStatus::not_printed;
+        default:
+            return ExitStatus::unknown;
+    }
+}
+
+int Milliseconds(double seconds) {
+    return static_cast<int>(seconds * 1000);
+}
+
+int Keep(void* context, const char* key, const kkmcheck_outcome* outcome) {
+    static_cast<std::vector<KeyedOutcome>*>(context)->push_back({key, *outcome});
+    return 0;
+}
+
+ExitStatus Show(const OpenJournal& journal, int result, const KeyedOutcome& found, bool as_json,
+                Streams& streams) {
+    if (result != KKMCHECK_OK) {
+        return journal.Failed(result);
+    }
+    WriteOutcome(found, as_json, streams.out);
+    return StatusOf(found.outcome.outcome);
+}
+
+void WriteAll(const std::vector<KeyedOutcome>& outcomes, const JournalOptions& options,
+              std::ostream& out) {
+    if (options.as_json) {
+        WriteOutcomesAsJson(outcomes, out);
+    } else if (options.csv) {
+        WriteOutcomesAsCsv(outcomes, out);
+    } else {
+        WriteOutcomesAsTable(outcomes, out);
+    }
+}
+
+ExitStatus ResolveAll(const OpenJournal& journal, const JournalOptions& options, Streams& streams) {
+    std::vector<KeyedOutcome> found;
+    int unknown = 0;
+    const int result = kkmcheck_resolve_all(journal.get(), Milliseconds(options.deadline_s), Keep,
+                                            &found, &unknown);
+    if (result != KKMCHECK_OK) {
+        return journal.Failed(result);
+    }
+    WriteAll(found, options, streams.out);
+    return unknown == 0 ? ExitStatus::done : ExitStatus::unknown;
+}
+
+}  // namespace
+
+ExitStatus RunKeyedCheck(const Address& address, const CheckFile& check,
+                         const JournalOptions& options, Streams& streams) {
+    const std::vector<std::string> names = RegisterNames(check, streams.err);
+    std::vector<kkmcheck_line> lines;
+    lines.reserve(names.size());
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        const CheckLine& line = check.lines[i];
+        lines.push_back({names[i].c_str(), line.price, line.quantity, line.section});
+    }
+    const kkmcheck_check content{lines.data(), static_cast<int>(lines.size()),
+                                 static_cast<int>(check.mode), check.discount,
+                                 check.cash.value_or(0)};
+    const OpenJournal journal(options.path, address.Device(), streams);
+    if (!journal.Opened()) {
+        return journal.FailedToOpen();
+    }
+    const auto print = options.again ? kkmcheck_print_again : kkmcheck_print;
+    KeyedOutcome found{options.key, {}};
+    const int result = print(journal.get(), options.key.c_str(), &content,
+                             Milliseconds(options.deadline_s), &found.outcome);
+    return Show(journal, result, found, options.as_json, streams);
+}
+
+ExitStatus RunOutcome(const JournalOptions& options, Streams& streams) {
+    const OpenJournal journal(options.path, "", streams);
+    if (!journal.Opened()) {
+        return journal.FailedToOpen();
+    }
+    KeyedOutcome found{options.key, {}};
+    const int result = kkmcheck_recorded(journal.get(), options.key.c_str(), &found.outcome);
+    return Show(journal, result, found, options.as_json, streams);
+}
+
+ExitStatus RunResolve(const Address& address, const JournalOptions& options, Streams& streams) {
+    const bool by_hand = !options.seen.empty();
+    const OpenJournal journal(options.path, by_hand ? "" : address.Device(), streams);
+    if (!journal.Opened()) {
+        return journal.FailedToOpen();
+    }
+    if (options.all) {
+        return ResolveAll(journal, options, streams);
+    }
+    KeyedOutcome found{options.key, {}};
+    const int result = by_hand
+                           ? kkmcheck_set_by_hand(journal.get(), options.key.c_str(),
+                                                  options.seen == "printed" ? KKMCHECK_PRINTED
+                                                                            : KKMCHECK_NOT_PRINTED,
+                                                  &found.outcome)
+                           : kkmcheck_resolve(journal.get(), options.key.c_str(),
+                                              Milliseconds(options.deadline_s), &found.outcome);
+    return Show(journal, result, found, options.as_json, streams);
+}
+
+ExitStatus RunJournal(const JournalOptions& options, Streams& streams) {
+    const OpenJournal journal(options.path, "", streams);
+    if (!journal.Opened()) {
+        return journal.FailedToOpen();
+    }
+    std::vector<KeyedOutcome> all;
+    const int result = kkmcheck_list(journal.get(), Keep, &all);
+    if (result != KKMCHECK_OK) {
+        return journal.Failed(result);
+    }
+    WriteAll(all, options, streams.out);
+    return ExitStatus::done;
+}
+
+}  // namespace kkm
