@@ -100,9 +100,9 @@ def check_table(results):
         rows.append([WORDS[row["word"]], row["firmware"], row["lines"],
                      f'{float(row["required"]) / 1e3:.3f}', f'{float(row["p50"]) / 1e3:.3f}',
                      f'{float(row["ratio"]):.4f}', f'{float(row["worst"]):.4f}',
-                     row["exchanges"], required])
+                     row["exchanges"], required, f'{float(row["cpu"]):.1f}', row["faults"]])
     return table(["word", "firmware", "lines", "must take, s", "takes, s", "ratio", "worst ratio",
-                  "exchanges", "required"], rows)
+                  "exchanges", "required", "processor, ms", "page faults"], rows)
 
 
 def commands_table(results):
