@@ -113,6 +113,10 @@ unsigned NullRun(int tty, const Bytes& frame) {
     return 2U + answer[1];
 }
 
+// Microseconds above the floor, of all exchanges together.
+bench::Samples driver_above;
+bench::Samples null_above;
+
 void Measure(const Exchange& exchange, int tty, int baud, int times) {
     const Bytes frame = Framed(exchange.request);
     bench::Runs driver;
@@ -135,6 +139,8 @@ void Measure(const Exchange& exchange, int tty, int baud, int times) {
     const double floor_ms = kPauseMs + std::max(kPauseMs, wire_ms);
     std::printf("word=%zu baud=%d exchange=%s request=%zu answer=%u times=%d floor=%.3f",
                 sizeof(void*) * 8, baud, exchange.name, frame.size(), answer, times, floor_ms);
+    driver_above.AddAbove(floor_ms * 1e3, driver.Wall());
+    null_above.AddAbove(floor_ms * 1e3, null.Wall());
     driver.Print("");
     null.Print("null_");
     std::printf("\n");
@@ -157,6 +163,13 @@ int main(int argc, char** argv) {
             Measure(exchange, tty, baud, std::atoi(argv[2]));
         }
         close(tty);
+        std::printf(
+            "word=%zu baud=%d exchange=all p50=%.3f p99=%.3f max=%.3f null_p50=%.3f "
+            "null_p99=%.3f null_max=%.3f\n",
+            sizeof(void*) * 8, baud, driver_above.Percentile(50) / 1e3,
+            driver_above.Percentile(99) / 1e3, driver_above.Max() / 1e3,
+            null_above.Percentile(50) / 1e3, null_above.Percentile(99) / 1e3,
+            null_above.Max() / 1e3);
         return 0;
     } catch (const ETarvoVesk& error) {
         std::fprintf(stderr, "the driver failed with code %d\n", error.getCode());
