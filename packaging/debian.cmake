@@ -8,7 +8,6 @@ set(libvesktarvom5-1_component library)
 set(libvesktarvom5-dev_component development)
 set(vesktarvom5-tools_component tools)
 
-find_program(GZIP gzip REQUIRED)
 foreach(package ${packages})
   # Policy wants both files in every package, the change log compressed without a time stamp.
   set(doc ${CMAKE_INSTALL_DATADIR}/doc/${package})

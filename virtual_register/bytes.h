@@ -22,6 +22,7 @@ class Bytes {
         }
     }
 
+    static constexpr std::size_t capacity() { return Capacity; }
     void add(std::uint8_t byte) {
         if (size_ < Capacity) {
             bytes_[size_++] = byte;

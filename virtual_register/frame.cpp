@@ -9,17 +9,26 @@ std::uint8_t checksum(const std::uint8_t* begin, const std::uint8_t* end) {
     return static_cast<std::uint8_t>(std::accumulate(begin, end, 0U));
 }
 
+template <typename Payload>
+FrameBytes frame_of(std::uint8_t net_number, std::uint8_t code, const Payload& payload) {
+    FrameBytes frame;
+    frame.add(0);
+    frame.add(static_cast<std::uint8_t>(payload.size() + kFrameOverhead));
+    frame.add(net_number);
+    frame.add(code);
+    frame.add(payload.data(), payload.size());
+    frame.add(checksum(frame.begin() + 2, frame.end()));
+    return frame;
+}
+
 }  // namespace
 
 FrameBytes build_frame(const Answer& answer, std::uint8_t net_number) {
-    FrameBytes frame;
-    frame.add(0);
-    frame.add(static_cast<std::uint8_t>(answer.payload.size() + kFrameOverhead));
-    frame.add(net_number);
-    frame.add(answer.code);
-    frame.add(answer.payload.data(), answer.payload.size());
-    frame.add(checksum(frame.begin() + 2, frame.end()));
-    return frame;
+    return frame_of(net_number, answer.code, answer.payload);
+}
+
+FrameBytes build_frame(const Request& request) {
+    return frame_of(request.net_number, request.command, request.payload);
 }
 
 void FrameParser::add(std::uint8_t byte) {

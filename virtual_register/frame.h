@@ -31,6 +31,8 @@ struct Answer {
 
 // `net_number` is the answering register's own.
 FrameBytes build_frame(const Answer& answer, std::uint8_t net_number);
+// A request as its host sent it.
+FrameBytes build_frame(const Request& request);
 
 // Finds requests in what comes off the line. After garbage or a broken frame it looks for the next
 // byte at which a whole good frame begins. Since nothing is escaped, garbage can look like the head

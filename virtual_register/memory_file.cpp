@@ -5,16 +5,18 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <charconv>
 #include <cstring>
-#include <fstream>
 #include <sstream>
 
+#include "text_file.h"
 #include "text_record.h"
 
 namespace virtual_register {
 namespace {
 
-constexpr std::string_view kFirstLine = "tarvo-register memory 1";
+constexpr std::string_view kFormat = "tarvo-register memory ";
+constexpr int kVersion = 2;
 constexpr std::size_t kRow = 16;
 
 template <typename Image>
@@ -152,9 +154,15 @@ std::string second_word(const std::string& line) {
     return at == std::string::npos ? std::string() : line.substr(at + 1);
 }
 
-void take_tape(const std::string& line, Memory& memory) {
+void take_tape(const std::string& line, int version, Memory& memory) {
+    constexpr std::size_t kBarcodeAt = 17;
+    constexpr std::size_t kBarcodeLength = 5;
+    std::string text = from_hex(second_word(line));
+    // Version 1 wrote a record without barcode digits shorter by their place.
+    if (version == 1 && text.size() == TapeRecord::kLength - kBarcodeLength) {
+        text.insert(kBarcodeAt, kBarcodeLength, '\0');
+    }
     AnswerPayload bytes;
-    const std::string text = from_hex(second_word(line));
     bytes.add(text);
     const auto record = TapeRecord::decode(bytes);
     if (!record) {
@@ -194,7 +202,7 @@ void take_counters(const std::string& line, Memory& memory) {
     memory.tape.start(static_cast<std::uint16_t>(record.number("first-record", 0, UINT16_MAX)));
 }
 
-void take(const std::string& line, Memory& memory) {
+void take(const std::string& line, int version, Memory& memory) {
     const std::string word = line.substr(0, line.find(' '));
     if (word == "counters") {
         take_counters(line, memory);
@@ -205,7 +213,7 @@ void take(const std::string& line, Memory& memory) {
         take_image(line, Memory::kEepromSize,
                    [&](std::size_t at, std::uint8_t byte) { memory.put_eeprom(at, byte); });
     } else if (word == "tape") {
-        take_tape(line, memory);
+        take_tape(line, version, memory);
     } else if (word == "product") {
         take_product(line, memory);
     } else if (word == "check") {
@@ -221,6 +229,22 @@ void take(const std::string& line, Memory& memory) {
     }
 }
 
+// The version that the first line names.
+int take_version(const std::string& line) {
+    int version = 0;
+    const char* end = line.data() + line.size();
+    const bool ours = line.compare(0, kFormat.size(), kFormat) == 0;
+    const auto read = std::from_chars(ours ? line.data() + kFormat.size() : end, end, version);
+    if (read.ec != std::errc() || read.ptr != end) {
+        throw MemoryFileError("not a register's memory");
+    }
+    if (version < 1 || version > kVersion) {
+        throw MemoryFileError("a memory of version " + std::to_string(version) +
+                              "; this program reads versions 1 to " + std::to_string(kVersion));
+    }
+    return version;
+}
+
 std::string system_text(const std::string& what, const std::string& path) {
     return what + " " + path + ": " + std::strerror(errno);
 }
@@ -228,8 +252,7 @@ std::string system_text(const std::string& what, const std::string& path) {
 }  // namespace
 
 std::string memory_to_text(const Memory& memory) {
-    std::string text(kFirstLine);
-    text += '\n';
+    std::string text = std::string(kFormat) + std::to_string(kVersion) + '\n';
     TextRecord identity("register");
     identity.add("firmware", memory.firmware().number);
     identity.add("serial", memory.serial());
@@ -261,19 +284,25 @@ std::string memory_to_text(const Memory& memory) {
 Memory memory_from_text(std::string_view text) {
     std::istringstream lines{std::string(text)};
     std::string line;
-    std::getline(lines, line);
-    if (line != kFirstLine) {
-        throw MemoryFileError("line 1: not a register's memory of version 1");
-    }
-    std::size_t number = 2;
+    std::size_t number = 0;
+    const auto next = [&] {
+        do {
+            ++number;
+            if (!std::getline(lines, line)) {
+                line.clear();
+                return false;
+            }
+        } while (line.empty() || line[0] == '#');
+        return true;
+    };
     try {
-        std::getline(lines, line);
+        next();
+        const int version = take_version(line);
+        next();
         Memory memory = take_register(line);
         memory.clear_images();
-        while (++number, std::getline(lines, line)) {
-            if (!line.empty()) {
-                take(line, memory);
-            }
+        while (next()) {
+            take(line, version, memory);
         }
         if (memory.check.lines.size() > memory.firmware().check_lines_max) {
             throw MemoryFileError("the open check has more lines than this firmware takes");
@@ -324,16 +353,12 @@ bool memory_file_exists(const std::string& path) {
 }
 
 Memory load_memory(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    std::ostringstream text;
-    text << file.rdbuf();
-    if (!file || !text) {
-        throw MemoryFileError(system_text("cannot read", path));
-    }
     try {
-        return memory_from_text(text.str());
+        return memory_from_text(read_text(path));
     } catch (const MemoryFileError& error) {
         throw MemoryFileError(path + ", " + error.what());
+    } catch (const std::runtime_error& error) {
+        throw MemoryFileError(error.what());
     }
 }
 

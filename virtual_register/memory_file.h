@@ -9,9 +9,11 @@
 namespace virtual_register {
 
 // A register's memory as text, one record a line, so that it can be read, compared and put together
-// by hand. The first line names format and version; a file of a later version is refused.
+// by hand. The first line names format and version. A file of an earlier version is taken and
+// written back in the present one; a file of a later version is refused.
 //
-//   tarvo-register memory 1
+//   tarvo-register memory 2
+//   # a remark; it is not kept
 //   register firmware 303 serial 3030303132333435 error 0
 //   counters tape 1 checks 2 drawer 100000 first-record 0
 //   ram 0000 20202020...           up to 16 bytes; rows that are all zero are left out
@@ -22,6 +24,8 @@ namespace virtual_register {
 //   line name ... barcode ... price ... quantity ... amount ...
 //   last tape 1 number 2 ...       the last check printed, then its lines
 //   last-line ...
+//
+// Version 1 is the same but for tape records without barcode digits, which it wrote too short.
 //
 // Texts are bytes in hexadecimal, an empty one is "-". Sums are kopecks.
 class MemoryFileError : public std::runtime_error {

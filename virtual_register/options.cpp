@@ -15,11 +15,27 @@ constexpr const char* kDescription =
     "to connect to (\"tty /dev/pts/N\") as its first line, and then what comes out on its paper.";
 
 constexpr const char* kFooter =
-    "Examples:\n"
-    "  tarvo-register --firmware 310 --cashier auto\n"
-    "  tarvo-register --baud 57600 --memory shop.mem --paper receipts.txt --log -\n"
-    "\n"
-    "At the prompt, type help. Ctrl-C ends the program; with --memory nothing is forgotten.";
+    R"(A scenario has one line for each thing that goes wrong; # begins a remark:
+  when COMMAND [WHICH] EFFECT   as the command comes for the n-th time
+  at TIME ACT                   so long after the host's first request
+  COMMAND   sale, status, close-check, reset-status ... as in the log, 0x21, or any
+  WHICH     3, 2-5 or always; the first time unless given
+  EFFECT    lose request | lose answer | delay TIME | cut BYTES | garble [BYTE] |
+            refuse REPLY | busy POLLS | ACT | then ACT
+  ACT       host | barcode DIGITS | cancel | key CODE | sell PRICE NAME | paper out |
+            paper in [LINES] | power off | power on | shift open | shift close | quit
+  TIME      300ms, 2.5s
+
+Examples:
+  tarvo-register --firmware 310 --cashier auto
+  tarvo-register --baud 57600 --memory shop.mem --paper receipts.txt --log -
+  tarvo-register --cashier auto --scenario lost-answer.scenario --record session.txt
+  tarvo-register --replay session.txt
+  tarvo-register receipt --memory shop.mem --output last.png
+
+Exit status: 0 ended as told, 1 something failed, 3 the host of a replay said something
+else than recorded, above 100 the command line is wrong.
+At the prompt, type help. Ctrl-C ends the program; with --memory nothing is forgotten.)";
 
 // What the command line says in another form than the program wants.
 struct Raw {
@@ -52,7 +68,7 @@ void add_register_options(CLI::App& app, Options& options, Raw& raw) {
         ->type_name("1..255")
         ->check(CLI::Range(1, 255).description(""))
         ->capture_default_str();
-    app.add_option("--tax", raw.taxes, "Tax setting of a new register: number 0 to 16, its byte")
+    app.add_option("--tax", raw.taxes, "Tax setting of a new register: number 0 to 16")
         ->type_name("N=BYTE");
     app.add_option("--drawer", options.identity.drawer_kopecks,
                    "Kopecks in the drawer of a new register")
@@ -62,33 +78,58 @@ void add_register_options(CLI::App& app, Options& options, Raw& raw) {
                    "Keep the register's memory in this file (made when missing)")
         ->type_name("FILE");
     app.add_option("--cashier", raw.cashier,
-                   "Who asks the host for checks: auto, prompt (commands from the standard "
-                   "input) or off; prompt at a terminal, otherwise off")
+                   "Who asks the host for checks: auto, prompt (who types here)\n"
+                   "or off; prompt at a terminal, otherwise off")
         ->type_name("WHO")
         ->check(CLI::IsMember({"auto", "prompt", "off"}).description(""));
     app.add_option("--print-ms", options.print_ms,
-                   "Milliseconds that each line of a receipt takes to print, register deaf")
+                   "Milliseconds that each line of a receipt takes, register deaf")
         ->type_name("MS")
         ->check(CLI::Range(0, 60000).description(""))
         ->capture_default_str();
 }
 
+void add_session_options(CLI::App& app, Options& options) {
+    app.add_option("--scenario", options.scenario_file, "What goes wrong, and when; below")
+        ->type_name("FILE")
+        ->check(CLI::ExistingFile.description(""));
+    app.add_option("--record", options.record_file, "Write the conversation into this file, anew")
+        ->type_name("FILE");
+    app.add_option("--replay", options.replay_file, "Be no register but a recorded conversation")
+        ->type_name("FILE")
+        ->check(CLI::ExistingFile.description(""));
+}
+
+// A recording answers for itself.
+void refuse_beside_replay(const CLI::App& app) {
+    for (const CLI::Option* option : app.get_options()) {
+        const std::string name = option->get_name();
+        const bool goes_with = name == "--replay" || name == "--link" || name == "--log" ||
+                               name == "--pace" || name == "--quiet";
+        if (option->count() > 0 && !goes_with) {
+            throw CLI::ExcludesError(name, "--replay");
+        }
+    }
+}
+
 void add_program_options(CLI::App& app, Options& options) {
-    app.add_option("--baud", options.baud,
-                   "Speed that the register answers at; at any other it hears noise")
+    app.add_option("--baud", options.baud, "Speed that it answers at; any other is noise")
         ->type_name("9600|57600")
         ->check(CLI::IsMember({9600, 57600}).description(""))
         ->capture_default_str();
     app.add_flag("--pace", options.pace, "Give bytes the time that they take on a real line");
     app.add_option("--link", options.link, "Make this symbolic link to the tty while running")
         ->type_name("PATH");
-    app.add_option("--paper", options.paper_file, "Append what is printed to this file, as UTF-8")
+    app.add_option("--paper", options.paper_file, "Append what is printed, as UTF-8")
         ->type_name("FILE");
+    app.add_option("--receipt-dir", options.receipt_folder,
+                   "Keep each receipt in this folder as text, SVG and PNG")
+        ->type_name("DIR");
     app.add_option("--log", options.log_file,
-                   "Append every exchange in words to this file; - for the standard error")
+                   "Append the exchanges in words; - for the standard error")
         ->type_name("FILE|-");
     app.add_option("--once", options.once,
-                   "End once so many checks were printed and the host has closed the tty")
+                   "End after so many checks, once the host has closed the tty")
         ->type_name("N");
     app.add_flag("--quiet", options.quiet, "Show no paper on the standard output");
 }
@@ -109,6 +150,35 @@ void set_taxes(const std::vector<std::string>& texts, Identity& identity) {
     }
 }
 
+// The format that was asked for, or the one that the output's name ends with.
+ReceiptFormat to_format(const std::string& asked, const std::string& output) {
+    const std::string dot = "." + asked;
+    const auto is = [&](const std::string& ending) {
+        const std::string& name = asked.empty() ? output : dot;
+        return name.size() >= ending.size() &&
+               name.compare(name.size() - ending.size(), ending.size(), ending) == 0;
+    };
+    return is(".svg") ? ReceiptFormat::svg : is(".png") ? ReceiptFormat::png : ReceiptFormat::text;
+}
+
+CLI::App* add_receipt_command(CLI::App& app, ReceiptOptions& options, std::string& format) {
+    CLI::App* const receipt = app.add_subcommand(
+        "receipt", "Show the receipt of the last check in a memory file; needs no tty");
+    receipt->footer("");
+    receipt->option_defaults()->group("Options");
+    receipt->add_option("--memory", options.memory_file, "The memory file")
+        ->type_name("FILE")
+        ->check(CLI::ExistingFile.description(""))
+        ->required();
+    receipt->add_option("--output", options.output, "Write into this file")->type_name("FILE");
+    receipt
+        ->add_option("--format", format,
+                     "txt, svg or png; as the name of the output ends unless given")
+        ->type_name("FORMAT")
+        ->check(CLI::IsMember({"txt", "svg", "png"}).description(""));
+    return receipt;
+}
+
 }  // namespace
 
 ParsedOptions parse_options(int argc, char** argv) {
@@ -117,13 +187,28 @@ ParsedOptions parse_options(int argc, char** argv) {
     CLI::App app(kDescription, "tarvo-register");
     app.footer(kFooter);
     app.get_formatter()->column_width(34);
+    app.get_option("--help")->group("The line and the program");
+    app.option_defaults()->group("The register");
     add_register_options(app, options, raw);
+    app.option_defaults()->group("The line and the program");
     add_program_options(app, options);
+    app.option_defaults()->group("The session");
+    add_session_options(app, options);
+    ReceiptOptions receipt;
+    std::string format;
+    const CLI::App* const receipt_command = add_receipt_command(app, receipt, format);
     try {
         app.parse(argc, argv);
+        if (receipt_command->parsed()) {
+            receipt.format = to_format(format, receipt.output);
+            return {std::nullopt, receipt, 0};
+        }
         set_taxes(raw.taxes, options.identity);
+        if (!options.replay_file.empty()) {
+            refuse_beside_replay(app);
+        }
     } catch (const CLI::ParseError& error) {
-        return {std::nullopt, app.exit(error)};
+        return {std::nullopt, std::nullopt, app.exit(error)};
     }
     options.cashier = raw.cashier == "auto"     ? Cashier::automatic
                       : raw.cashier == "prompt" ? Cashier::prompt
@@ -132,7 +217,7 @@ ParsedOptions parse_options(int argc, char** argv) {
     options.identity.section = static_cast<std::uint8_t>(raw.section);
     options.firmware_given = raw.firmware->count() > 0;
     options.serial_given = raw.serial->count() > 0;
-    return {options, 0};
+    return {options, std::nullopt, 0};
 }
 
 }  // namespace virtual_register

@@ -12,8 +12,8 @@ struct PromptAnswer {
     bool quit = false;
 };
 
-// Carries out one line that the cashier typed: "host", "barcode 4601234567890", "cancel",
-// "key 0x2B", "paper out", "power off", "shift close", "status" ... "help" tells all of them.
+// Carries out one line that the cashier typed: an act, "status", "quit" or "help", which tells all
+// of them.
 PromptAnswer obey(Model& model, std::string_view line);
 
 }  // namespace virtual_register

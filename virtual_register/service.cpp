@@ -1,28 +1,21 @@
 #include "service.h"
 
-#include <poll.h>
-#include <signal.h>
-#include <sys/stat.h>
 #include <time.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
-#include <cstring>
+#include <ctime>
 #include <iostream>
 #include <stdexcept>
-#include <utility>
-#include <vector>
 
 #include "exchange_log.h"
 #include "memory_file.h"
 #include "prompt.h"
+#include "recording.h"
+#include "text_file.h"
 
 namespace virtual_register {
 namespace {
-
-constexpr std::int64_t kFrameSilenceUs = 100000;  // a frame with such a gap is no frame
-constexpr int kBitsPerByte = 10;
 
 Memory first_memory(const Options& options) {
     if (options.memory_file.empty() || !memory_file_exists(options.memory_file)) {
@@ -52,14 +45,14 @@ Settings settings(const Options& options) {
     return settings;
 }
 
-std::int64_t byte_us(const Options& options) {
-    return options.pace ? std::int64_t{1000000} * kBitsPerByte / options.baud : 0;
-}
-
-void open_to_append(std::ofstream& file, const std::string& path) {
-    file.open(path, std::ios::app);
-    if (!file) {
-        throw std::runtime_error("cannot write " + path + ": " + std::strerror(errno));
+Scenario read_scenario(const std::string& path) {
+    if (path.empty()) {
+        return {};
+    }
+    try {
+        return Scenario(read_text(path));
+    } catch (const ScenarioError& error) {
+        throw std::runtime_error(path + ", " + error.what());
     }
 }
 
@@ -67,180 +60,97 @@ void open_to_append(std::ofstream& file, const std::string& path) {
 
 Service::Service(const Options& options)
     : options_(options),
-      start_(std::chrono::steady_clock::now()),
       model_(first_memory(options), settings(options)),
-      incoming_(byte_us(options)),
-      outgoing_(byte_us(options)),
-      prompt_open_(options.cashier == Cashier::prompt) {
-    if (!options_.paper_file.empty()) {
-        open_to_append(paper_file_, options_.paper_file);
-    }
-    if (options_.log_file == "-") {
-        log_ = &std::cerr;
-    } else if (!options_.log_file.empty()) {
-        open_to_append(log_file_, options_.log_file);
-        log_ = &log_file_;
-    }
+      wire_(options.baud, options.pace),
+      link_(options.link, wire_.tty_name()),
+      scenario_(read_scenario(options.scenario_file)),
+      prompt_open_(options.cashier == Cashier::prompt),
+      paper_file_(options.paper_file, OutputFile::Mode::append),
+      receipts_(options.receipt_folder),
+      log_(options.log_file, OutputFile::Mode::append),
+      recording_(options.record_file, OutputFile::Mode::replace) {
     if (!options_.memory_file.empty()) {
         save_memory(model_.memory(), options_.memory_file, Durability::disk);
         kept_version_ = model_.memory_version();
         kept_counters_ = counters();
     }
-    if (!options_.link.empty()) {
-        make_link();
-    }
-}
-
-Service::~Service() {
-    if (!options_.link.empty()) {
-        ::unlink(options_.link.c_str());
-    }
-}
-
-void Service::make_link() {
-    struct stat about {};
-    const bool exists = ::lstat(options_.link.c_str(), &about) == 0;
-    // What an earlier run left behind may go; anything else is somebody's.
-    const bool in_the_way = exists && (!S_ISLNK(about.st_mode) || ::unlink(options_.link.c_str()));
-    if (in_the_way) {
-        errno = EEXIST;
-    }
-    if (in_the_way || ::symlink(tty_name().c_str(), options_.link.c_str()) != 0) {
-        const std::string why = std::strerror(errno);
-        const std::string path = std::exchange(options_.link, {});
-        throw std::runtime_error("cannot make the link " + path + ": " + why);
-    }
-}
-
-std::int64_t Service::now_us() const {
-    return std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() -
-                                                                 start_)
-        .count();
+    recording_.write(recording_head(options_.baud, model_.memory()));
 }
 
 void Service::run(const volatile int& stop) {
     if (prompt_open_) {
         std::cout << "help tells what can be said\n" << std::flush;
     }
+    std::vector<std::string> news;
     while (stop == 0 && !quit_ && !fulfilled()) {
-        if (wait()) {
-            take_input();
+        news.clear();
+        const auto until = sooner(cashier_due_us_, sooner(wire_.next_us(), scenario_.next_us()));
+        if (wire_.wait(until, prompt_open_, news)) {
+            obey_prompt();
         }
-        take_arrived();
+        for (const std::string& one : news) {
+            log_.write("-- " + one + '\n');
+        }
+        while (const auto request = wire_.next_request()) {
+            serve(*request);
+        }
+        note_scenario(scenario_.act(model_, wire_.now_us()));
+        quit_ = quit_ || scenario_.quits();
         if (options_.cashier == Cashier::automatic) {
-            cashier_due_us_ = cashier_.act(model_, now_us());
+            cashier_due_us_ = cashier_.act(model_, wire_.now_us());
         }
         keep_memory();
-        send_output();
+        wire_.flush();
         show_paper();
     }
+    tell_unmet();
 }
 
 bool Service::fulfilled() const {
     return options_.once != 0 && model_.checks_registered() >= options_.once &&
-           !line_.host_present();
-}
-
-int Service::patience_ms() const {
-    std::optional<std::int64_t> until = cashier_due_us_;
-    const auto sooner = [&until](std::optional<std::int64_t> moment) {
-        if (moment && (!until || *moment < *until)) {
-            until = moment;
-        }
-    };
-    sooner(incoming_.next_us());
-    sooner(outgoing_.next_us());
-    if (!until) {
-        return -1;
-    }
-    const std::int64_t left = *until - now_us();
-    return left <= 0 ? 0 : static_cast<int>(std::min<std::int64_t>((left + 999) / 1000, 60000));
-}
-
-// True when the line has something: input, or the news that the host is gone.
-bool Service::wait() {
-    pollfd waited[2] = {{line_.descriptor(), POLLIN, 0}, {STDIN_FILENO, POLLIN, 0}};
-    const int patience = patience_ms();
-    const timespec limit{patience / 1000, patience % 1000 * 1000000L};
-    // Signals come through only here, or one that came just before would wait for the next byte.
-    sigset_t none;
-    sigemptyset(&none);
-    const int count = ::ppoll(waited, prompt_open_ ? 2 : 1, patience < 0 ? nullptr : &limit, &none);
-    if (count <= 0) {
-        return false;
-    }
-    if (prompt_open_ && waited[1].revents != 0) {
-        obey_prompt();
-    }
-    return waited[0].revents != 0;
-}
-
-void Service::take_input() {
-    const std::vector<std::uint8_t> bytes = line_.receive();
-    if (host_was_present_ != line_.host_present()) {
-        host_was_present_ = line_.host_present();
-        noise_told_ = false;
-        log(host_was_present_ ? "-- the host is there" : "-- the host closed the tty");
-    }
-    if (bytes.empty()) {
-        if (line_.host_present()) {
-            // The tty cannot be had back just now; asking again at once would only burn time.
-            const timespec pause{0, 100000000};
-            ::nanosleep(&pause, nullptr);
-        }
-        return;
-    }
-    if (line_.host_speed() != options_.baud) {
-        if (!noise_told_) {
-            log("-- noise: the host's speed is not " + std::to_string(options_.baud));
-            noise_told_ = true;
-        }
-        return;
-    }
-    noise_told_ = false;
-    for (std::uint8_t byte : bytes) {
-        incoming_.send(byte, now_us());
-    }
-}
-
-void Service::take_arrived() {
-    while (const auto byte = incoming_.arrived(now_us())) {
-        const std::int64_t now = now_us();
-        if (now - last_arrival_us_ > kFrameSilenceUs) {
-            parser_.line_was_silent();
-        }
-        last_arrival_us_ = now;
-        parser_.add(*byte);
-        while (const auto request = parser_.next()) {
-            serve(*request);
-        }
-    }
+           !wire_.host_present();
 }
 
 void Service::serve(const Request& request) {
-    const std::int64_t now = now_us();
-    const std::string at = log_ == nullptr ? "" : time_of_day(model_.settings().clock_start_s, now);
-    if (log_ != nullptr) {
-        log(at + " -> " + describe(request));
+    const std::int64_t now = wire_.now_us();
+    const std::string at = time_of_day(model_.settings().clock_start_s, now);
+    if (log_.is_open()) {
+        log_.write(at + " -> " + describe(request) + '\n');
     }
-    const std::optional<Answer> answer = model_.handle(request, now);
-    if (log_ != nullptr) {
-        log(at + " <- " + (answer ? describe(*answer, request) : "(silence)"));
+    const Scenario::Exchange exchange = scenario_.handle(model_, request, now);
+    note_scenario(exchange.remarks);
+    if (log_.is_open()) {
+        log_.write(at + " <- " +
+                   (exchange.answer ? describe(*exchange.answer, request) : "(silence)") + '\n');
     }
-    if (answer) {
-        for (std::uint8_t byte : build_frame(*answer, options_.net_number)) {
-            outgoing_.send(byte, now);
-        }
+    record(request, exchange, now);
+    if (exchange.bytes) {
+        wire_.send(*exchange.bytes, now + exchange.delay_us);
     }
 }
 
-void Service::send_output() {
-    std::vector<std::uint8_t> bytes;
-    while (const auto byte = outgoing_.arrived(now_us())) {
-        bytes.push_back(*byte);
+void Service::record(const Request& request, const Scenario::Exchange& exchange,
+                     std::int64_t now_us) {
+    if (!recording_.is_open()) {
+        return;
     }
-    if (!bytes.empty()) {
-        line_.send(bytes);
+    recording_.write(recorded_request(now_us, request));
+    if (exchange.bytes) {
+        recording_.write(recorded_answer(now_us + exchange.delay_us, *exchange.bytes,
+                                         describe(*exchange.answer, request)));
+    }
+}
+
+void Service::note_scenario(const std::vector<std::string>& remarks) {
+    for (const std::string& remark : remarks) {
+        log_.write("-- scenario, " + remark + '\n');
+    }
+}
+
+void Service::tell_unmet() const {
+    for (const std::string& line : scenario_.unmet()) {
+        std::cerr << "tarvo-register: never came about: " << options_.scenario_file << ", " << line
+                  << '\n';
     }
 }
 
@@ -257,7 +167,7 @@ void Service::obey_prompt() {
     typed_.append(bytes, static_cast<std::size_t>(count));
     std::size_t end = typed_.find('\n');
     for (; end != std::string::npos && !quit_; end = typed_.find('\n')) {
-        model_.advance(now_us());
+        model_.advance(wire_.now_us());
         const PromptAnswer answer = obey(model_, typed_.substr(0, end));
         typed_.erase(0, end + 1);
         quit_ = answer.quit;
@@ -294,18 +204,10 @@ void Service::show_paper() {
         if (!options_.quiet) {
             std::cout << text;
         }
-        if (paper_file_.is_open()) {
-            paper_file_ << text;
-        }
+        paper_file_.write(text);
+        receipts_.add(line);
     }
     std::cout.flush();
-    paper_file_.flush();
-}
-
-void Service::log(const std::string& text) {
-    if (log_ != nullptr) {
-        *log_ << text << '\n' << std::flush;
-    }
 }
 
 }  // namespace virtual_register

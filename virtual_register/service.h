@@ -1,33 +1,31 @@
 #pragma once
 
-#include <chrono>
 #include <cstdint>
-#include <fstream>
 #include <optional>
-#include <ostream>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "auto_cashier.h"
 #include "frame.h"
 #include "model.h"
 #include "options.h"
-#include "paced_bytes.h"
-#include "pty_line.h"
+#include "output_file.h"
+#include "receipt_folder.h"
+#include "scenario.h"
+#include "tty_link.h"
+#include "wire.h"
 
 namespace virtual_register {
 
-// A running register: the model on its line, with cashier, paper, log and memory file. Waits in
-// one place and for as long as nothing happens.
+// A running register: the model on its line, with cashier, scenario, paper, log, recording and
+// memory file. Waits in one place and for as long as nothing happens.
 class Service {
   public:
     // Throws std::runtime_error with a sentence for the user when a file or the tty cannot be had.
     explicit Service(const Options& options);
-    ~Service();
-    Service(const Service&) = delete;
-    Service& operator=(const Service&) = delete;
 
-    const std::string& tty_name() const { return line_.tty_name(); }
+    const std::string& tty_name() const { return wire_.tty_name(); }
     // Serves until `stop` is set (by a signal handler), the prompt says quit, or --once is
     // fulfilled.
     void run(const volatile int& stop);
@@ -36,40 +34,32 @@ class Service {
     using Counters = std::pair<std::uint16_t, std::uint16_t>;  // tape number, checks
 
     Counters counters() const;
-    std::int64_t now_us() const;
-    bool wait();
-    void take_input();
-    void take_arrived();
     void serve(const Request& request);
-    void send_output();
+    void record(const Request& request, const Scenario::Exchange& exchange, std::int64_t now_us);
+    void follow_scenario();
+    void note_scenario(const std::vector<std::string>& remarks);
     void obey_prompt();
     void keep_memory();
     void show_paper();
-    void log(const std::string& text);
-    void make_link();
+    void tell_unmet() const;
     bool fulfilled() const;
-    int patience_ms() const;
 
     Options options_;
-    std::chrono::steady_clock::time_point start_;
     Model model_;
-    PtyLine line_;
-    FrameParser parser_;
-    PacedBytes incoming_;
-    PacedBytes outgoing_;
+    Wire wire_;
+    TtyLink link_;
+    Scenario scenario_;
     AutoCashier cashier_;
     std::optional<std::int64_t> cashier_due_us_;
-    std::int64_t last_arrival_us_ = 0;
-    bool noise_told_ = false;
-    bool host_was_present_ = false;
     bool prompt_open_ = false;
     bool quit_ = false;
     std::string typed_;
     std::uint64_t kept_version_ = 0;
     Counters kept_counters_;
-    std::ofstream paper_file_;
-    std::ofstream log_file_;
-    std::ostream* log_ = nullptr;
+    OutputFile paper_file_;
+    ReceiptFolder receipts_;
+    OutputFile log_;
+    OutputFile recording_;
 };
 
 }  // namespace virtual_register

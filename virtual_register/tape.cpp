@@ -5,7 +5,7 @@
 namespace virtual_register {
 namespace {
 
-constexpr std::size_t kRecordLength = 31;
+constexpr std::size_t kBarcodeLength = 5;
 constexpr std::size_t kKept = 65536;
 constexpr std::uint32_t kLargestIn24Bits = 0xFFFFFF;
 constexpr std::uint32_t kLargestIn16Bits = 0xFFFF;
@@ -37,7 +37,9 @@ AnswerPayload TapeRecord::encode() const {
     bytes.add_big_endian(0, 3);  // a second discount, which this family never grants
     bytes.add(static_cast<std::uint8_t>(discount_percent));
     bytes.add(line_index);
-    bytes.add(barcode_digits.data(), barcode_digits.size());
+    for (std::size_t i = 0; i < kBarcodeLength; ++i) {
+        bytes.add(barcode_digits[i]);  // a record of fixed places, however few digits it was given
+    }
     bytes.add_big_endian(code, 2);
     bytes.add(department);
     bytes.add(weighed ? 1 : 0);
@@ -49,7 +51,7 @@ AnswerPayload TapeRecord::encode() const {
 }
 
 std::optional<TapeRecord> TapeRecord::decode(const AnswerPayload& bytes) {
-    if (bytes.size() != kRecordLength) {
+    if (bytes.size() != kLength) {
         return std::nullopt;
     }
     TapeRecord record;
@@ -59,7 +61,7 @@ std::optional<TapeRecord> TapeRecord::decode(const AnswerPayload& bytes) {
     record.discount_kopecks = bytes.big_endian(9, 3);
     record.discount_percent = static_cast<std::int8_t>(bytes[15]);
     record.line_index = bytes[16];
-    record.barcode_digits.add(bytes.data() + 17, 5);
+    record.barcode_digits.add(bytes.data() + 17, kBarcodeLength);
     record.code = static_cast<std::uint16_t>(bytes.big_endian(22, 2));
     record.department = bytes[24];
     record.weighed = bytes[25] != 0;

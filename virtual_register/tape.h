@@ -27,6 +27,7 @@ struct TapeRecord {
     std::uint8_t payment = 0;  // 0 cash, 1 credit
     bool marked = false;       // taken back at the keyboard
 
+    static constexpr std::size_t kLength = 31;
     AnswerPayload encode() const;
     static std::optional<TapeRecord> decode(const AnswerPayload& bytes);
 };

@@ -18,13 +18,17 @@ constexpr auto kLastStatusLine = "indicator ";
 
 }  // namespace
 
-RegisterProcess::RegisterProcess(const std::vector<std::string>& options) {
+RegisterProcess::RegisterProcess(const std::vector<std::string>& options, Prompt prompt)
+    : prompt_(prompt) {
     int input[2];
     int output[2];
     if (pipe2(input, O_CLOEXEC) != 0 || pipe2(output, O_CLOEXEC) != 0) {
         throw std::runtime_error("no pipe for the register");
     }
-    std::vector<std::string> words{TARVO_REGISTER, "--cashier", "prompt", "--quiet"};
+    std::vector<std::string> words{TARVO_REGISTER, "--quiet"};
+    if (Prompted()) {
+        words.insert(words.end(), {"--cashier", "prompt"});
+    }
     words.insert(words.end(), options.begin(), options.end());
     std::vector<char*> arguments;
     for (std::string& word : words) {
@@ -48,7 +52,9 @@ RegisterProcess::RegisterProcess(const std::vector<std::string>& options) {
         throw std::runtime_error("the register began with: " + first);
     }
     tty_ = first.substr(4);
-    Status();  // swallows the prompt's greeting
+    if (Prompted()) {
+        Status();  // swallows the greeting
+    }
 }
 
 RegisterProcess::~RegisterProcess() {

@@ -10,9 +10,12 @@ namespace test {
 
 class RegisterProcess {
   public:
-    // Starts it with a cashier at the prompt and waits until its tty is there. The child dies with
-    // the test.
-    explicit RegisterProcess(const std::vector<std::string>& options);
+    enum class Prompt { cashier, none };
+
+    // Starts it, with a cashier at the prompt unless told otherwise, and waits until its tty is
+    // there. The child dies with the test.
+    explicit RegisterProcess(const std::vector<std::string>& options,
+                             Prompt prompt = Prompt::cashier);
     // Stops it if it runs.
     ~RegisterProcess();
     RegisterProcess(const RegisterProcess&) = delete;
@@ -20,6 +23,7 @@ class RegisterProcess {
 
     const std::string& Tty() const { return tty_; }
 
+    bool Prompted() const { return prompt_ == Prompt::cashier; }
     // What the cashier types. When it returns the register has obeyed, and its files tell so.
     void Say(const std::string& line);
     // The register's own report of what it holds, as text.
@@ -27,6 +31,8 @@ class RegisterProcess {
     // True when the report contains the text.
     bool Says(const std::string& text) { return Status().find(text) != std::string::npos; }
 
+    // Waits for its own end; as Stop() else.
+    int Wait() { return End(0); }
     // Ends it in order; its exit status, or minus the signal that ended it.
     int Stop();
     // Ends it at once, as if the line were pulled out.
@@ -34,8 +40,10 @@ class RegisterProcess {
 
   private:
     std::string ReadLine();
+    // Signal 0 only waits.
     int End(int signal);
 
+    Prompt prompt_;
     pid_t pid_ = -1;
     int to_ = -1;
     int from_ = -1;

@@ -92,8 +92,16 @@ TEST(MemoryFile, AFileMadeByHandNeedsOnlyItsHead) {
 TEST(MemoryFile, WhatIsWrongIsToldWithItsLine) {
     const std::string head = "tarvo-register memory 1\nregister firmware 303 serial 39 error 0\n";
     const std::vector<std::pair<std::string, std::string>> wrong{
-        {"", "line 1: not a register's memory of version 1"},
-        {"tarvo-register memory 2\n", "line 1: not a register's memory of version 1"},
+        {"", "line 1: not a register's memory"},
+        {"tarvo-register memory\n", "line 1: not a register's memory"},
+        {"tarvo-register memory 1x\n", "line 1: not a register's memory"},
+        {"tarvo-register paper 1\n", "line 1: not a register's memory"},
+        {"tarvo-register memory 0\n",
+         "line 1: a memory of version 0; this program reads versions 1 to 2"},
+        {"tarvo-register memory 3\n",
+         "line 1: a memory of version 3; this program reads versions 1 to 2"},
+        {"tarvo-register memory 2\n# why\n\nregister firmware 303 serial 39\n",
+         "line 4: \"error\" is missing"},
         {"tarvo-register memory 1\nregister firmware 304 serial 39 error 0\n",
          "line 2: no such firmware: 304"},
         {head + "nonsense 1\n", "line 3: \"nonsense\" is not expected here"},
@@ -113,6 +121,46 @@ TEST(MemoryFile, WhatIsWrongIsToldWithItsLine) {
             EXPECT_EQ(said, error.what());
         }
     }
+}
+
+// What the tape of a register with one line of 19.99 is made of, digits of the barcode left out.
+constexpr const char* kTapeWithoutDigits =
+    "tape 0001000007CF0007CF000000000000000000000000000001020003E8000000\n";
+
+TEST(MemoryFile, ATapeRecordWithoutBarcodeDigitsIsWhole) {
+    Memory memory = memory_of(303);
+    TapeRecord record;
+    record.check_number = 1;
+    record.amount_kopecks = 1999;
+    record.price_kopecks = 1999;
+    record.code = 1;
+    record.department = 2;
+    record.quantity_thousandths = 1000;
+    memory.tape.add(record);
+    const std::string text = memory_to_text(memory);
+    EXPECT_NE(std::string::npos, text.find(kTapeWithoutDigits)) << text;
+    EXPECT_EQ(1u, memory_from_text(text).tape.count());
+}
+
+TEST(MemoryFile, AnEarlierVersionIsTakenAndWrittenAsThePresentOne) {
+    const std::string head =
+        " 1\nregister firmware 303 serial 39 error 0\n"
+        "counters tape 1 checks 1 drawer 0 first-record 0\n";
+    // 26 bytes: the place of the digits was left out.
+    const std::string tape = "tape 0001000007CF0007CF00000000000000000001020003E8000000\n";
+    const std::string text =
+        memory_to_text(memory_from_text("tarvo-register memory" + head + tape));
+    EXPECT_EQ(0u, text.find("tarvo-register memory 2\n"));
+    EXPECT_NE(std::string::npos, text.find(kTapeWithoutDigits)) << text;
+    EXPECT_THROW(memory_from_text("tarvo-register memory 2" + head.substr(2) + tape),
+                 MemoryFileError);
+}
+
+TEST(MemoryFile, RemarksAreLeftOut) {
+    const std::string text = memory_to_text(memory_of(303));
+    const std::size_t second = text.find('\n') + 1;
+    EXPECT_EQ(text, memory_to_text(memory_from_text(text.substr(0, second) + "# of the till\n" +
+                                                    text.substr(second) + "# end\n")));
 }
 
 TEST(MemoryFile, MoreLinesThanAnOldCheckHoldsAreRefused) {

@@ -1,0 +1,21 @@
+#include "text_file.h"
+
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+
+namespace virtual_register {
+
+std::string read_text(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    std::ostringstream text;
+    text << file.rdbuf();
+    if (!file || !text) {
+        throw std::runtime_error("cannot read " + path + ": " + std::strerror(errno));
+    }
+    return text.str();
+}
+
+}  // namespace virtual_register
