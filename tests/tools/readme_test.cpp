@@ -29,7 +29,8 @@ std::set<std::string> AllMatches(const std::string& text, const std::string& pat
 }
 
 TEST(Readme, ShowsTheHostThatIsCompiled) {
-    EXPECT_THAT(File("README.md"), HasSubstr("```cpp program\n" + File("examples/host.cpp") + "```\n"));
+    EXPECT_THAT(File("README.md"),
+                HasSubstr("```cpp program\n" + File("examples/host.cpp") + "```\n"));
 }
 
 TEST(Readme, NamesEveryFunctionOfTheHeader) {
