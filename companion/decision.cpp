@@ -181,6 +181,9 @@ Verdict Decide(const Evidence& evidence) {
     const int checks = after.checks - before.checks;
     const int records = after.records - before.records;
     if (checks == 0 && records == 0) {
+        if (evidence.driver_result.value_or(0) == 1) {
+            return Unknown(Reason::counters_went_back);  // the driver had seen them move
+        }
         return evidence.nothing_open ? Verdict{Outcome::not_printed, Reason::counters_unmoved}
                                      : Unknown(Reason::check_may_be_open);
     }

@@ -121,6 +121,7 @@ void RegisterSession::Asked() {
         may_leave_ = false;
     } catch (const JournalFailure& failure) {
         journal_failure_ = failure.what();
+        FreeKeyboard();  // the driver has locked it for a check that does not come
         conditions_.abandon();
     }
 }

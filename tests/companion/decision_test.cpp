@@ -116,6 +116,15 @@ TEST(Decision, LowerCountersAreAnOlderMemory) {
     }
 }
 
+TEST(Decision, CountersThatTheDriverSawMoveDoNotStandStill) {
+    Evidence evidence = Died();
+    evidence.stage = Stage::returned;
+    evidence.driver_result = 1;
+    EXPECT_EQ(ReasonOf(evidence), Reason::counters_went_back);
+    evidence.driver_result = 0;
+    EXPECT_EQ(ReasonOf(evidence), Reason::counters_unmoved);
+}
+
 TEST(Decision, AnotherLastRecordIsAnotherMemory) {
     Evidence evidence = Then(1, {Sent(1000), Sent(2000)});
     evidence.last_record_now = "other";
