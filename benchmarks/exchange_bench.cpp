@@ -1,7 +1,7 @@
 // One exchange over a tty, and beside it the null run: the same waits, the same calls and the same
 // bytes on the same tty without a driver.
 //
-//   exchange_bench BAUD TIMES
+//   exchange_bench BAUD TIMES EXCHANGE
 #include <fcntl.h>
 #include <poll.h>
 #include <termios.h>
@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <exception>
 #include <stdexcept>
 
@@ -113,10 +114,6 @@ unsigned NullRun(int tty, const Bytes& frame) {
     return 2U + answer[1];
 }
 
-// Microseconds above the floor, of all exchanges together.
-bench::Samples driver_above;
-bench::Samples null_above;
-
 void Measure(const Exchange& exchange, int tty, int baud, int times) {
     const Bytes frame = Framed(exchange.request);
     bench::Runs driver;
@@ -139,8 +136,6 @@ void Measure(const Exchange& exchange, int tty, int baud, int times) {
     const double floor_ms = kPauseMs + std::max(kPauseMs, wire_ms);
     std::printf("word=%zu baud=%d exchange=%s request=%zu answer=%u times=%d floor=%.3f",
                 sizeof(void*) * 8, baud, exchange.name, frame.size(), answer, times, floor_ms);
-    driver_above.AddAbove(floor_ms * 1e3, driver.Wall());
-    null_above.AddAbove(floor_ms * 1e3, null.Wall());
     driver.Print("");
     null.Print("null_");
     std::printf("\n");
@@ -150,8 +145,8 @@ void Measure(const Exchange& exchange, int tty, int baud, int times) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 3) {
-        std::fprintf(stderr, "usage: %s BAUD TIMES\n", argv[0]);
+    if (argc != 4) {
+        std::fprintf(stderr, "usage: %s BAUD TIMES EXCHANGE\n", argv[0]);
         return 2;
     }
     try {
@@ -160,16 +155,11 @@ int main(int argc, char** argv) {
         kvesk.ConnectDevice(kkm->Tty());
         const int tty = open(kkm->Tty().c_str(), O_RDWR | O_NOCTTY);
         for (const Exchange& exchange : Exchanges()) {
-            Measure(exchange, tty, baud, std::atoi(argv[2]));
+            if (std::strcmp(exchange.name, argv[3]) == 0) {
+                Measure(exchange, tty, baud, std::atoi(argv[2]));
+            }
         }
         close(tty);
-        std::printf(
-            "word=%zu baud=%d exchange=all p50=%.3f p99=%.3f max=%.3f null_p50=%.3f "
-            "null_p99=%.3f null_max=%.3f\n",
-            sizeof(void*) * 8, baud, driver_above.Percentile(50) / 1e3,
-            driver_above.Percentile(99) / 1e3, driver_above.Max() / 1e3,
-            null_above.Percentile(50) / 1e3, null_above.Percentile(99) / 1e3,
-            null_above.Max() / 1e3);
         return 0;
     } catch (const ETarvoVesk& error) {
         std::fprintf(stderr, "the driver failed with code %d\n", error.getCode());

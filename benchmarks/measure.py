@@ -13,6 +13,10 @@ ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 RESULTS = os.path.join(ROOT, "docs", "performance", "results.txt")
 COST_TEST = os.path.join(ROOT, "tests", "cost", "cost_test.py")
 FIRMWARES = (301, 302, 303, 310, 400)
+EXCHANGES = ("reset", "statistics", "status_32", "sale", "largest")
+# An exchange is measured again while the null run shows that the machine is busy.
+ROUNDS = 5
+QUIET_MS = 0.5
 CHECKS = {1: 5, 4: 5, 18: 3}  # lines: times
 
 
@@ -52,8 +56,18 @@ def machine():
 
 
 def exchanges(word):
-    return (steadily(program(word, "exchange_bench"), 57600, 300) +
-            steadily(program(word, "exchange_bench"), 9600, 100))
+    def lateness(line):
+        row = dict(pair.split("=", 1) for pair in line.split())
+        return float(row["null_p99"]) - float(row["floor"])
+
+    quietest = []
+    for baud, times in ((57600, 300), (9600, 100)):
+        for exchange in EXCHANGES:
+            rounds = []
+            while len(rounds) < ROUNDS and (not rounds or lateness(rounds[-1]) > QUIET_MS):
+                rounds += steadily(program(word, "exchange_bench"), baud, times, exchange)
+            quietest.append(min(rounds, key=lateness))
+    return quietest
 
 
 def checks(word):
@@ -97,6 +111,7 @@ def loading(word):
     with tempfile.TemporaryDirectory() as folder:
         stripped = os.path.join(folder, "libVeskTarvoM5.so.1")
         subprocess.run(["strip", "-o", stripped, library], check=True)
+        os.sync()  # pages that are not on the disk yet would count as written by the process
         return run(program(word, "load_bench"), stripped, 500)
 
 

@@ -33,12 +33,6 @@ long PageFaults() {
     return usage.ru_minflt + usage.ru_majflt;
 }
 
-void Samples::AddAbove(double floor, const Samples& other) {
-    for (const double value : other.values_) {
-        values_.push_back(value - floor);
-    }
-}
-
 double Samples::Percentile(double percent) const {
     if (values_.empty()) {
         return 0;

@@ -17,8 +17,6 @@ long PageFaults();
 class Samples {
   public:
     void Add(double value) { values_.push_back(value); }
-    // All samples of another, less what each of them is above.
-    void AddAbove(double floor, const Samples& other);
     double Percentile(double percent) const;
     double Max() const { return Percentile(100); }
 

@@ -48,20 +48,9 @@ def above(row, name, prefix=""):
     return float(row[prefix + name]) - float(row["floor"])
 
 
-def single_exchanges(results):
-    return [row for row in results.of("exchange") if row["exchange"] != "all"]
-
-
-def together_table(results):
-    rows = [[WORDS[row["word"]], row["baud"]]
-            + [f'{float(row[prefix + name]):.2f}' for prefix in ("", "null_")
-               for name in ("p50", "p99", "max")] for row in results.of("exchange", exchange="all")]
-    return table(["word", "baud", "p50", "p99", "max", "null p50", "null p99", "null max"], rows)
-
-
 def exchange_table(results):
     rows = []
-    for row in single_exchanges(results):
+    for row in results.of("exchange"):
         rows.append([WORDS[row["word"]], row["baud"], NAMES[row["exchange"]],
                      f'{row["request"]} + {row["answer"]}', f'{float(row["floor"]):.2f}']
                     + [f"{above(row, name):.2f}" for name in ("p50", "p99", "max")]
@@ -75,7 +64,7 @@ def processor_table(results):
     rows = [[WORDS[row["word"]], row["baud"], NAMES[row["exchange"]],
              f'{float(row["cpu"]) * 1e3:.0f}', f'{float(row["null_cpu"]) * 1e3:.0f}',
              f'{float(row["cpu"]) / float(row["null_cpu"]):.2f}', row["faults"],
-             row["null_faults"]] for row in single_exchanges(results)]
+             row["null_faults"]] for row in results.of("exchange")]
     return table(["word", "baud", "exchange", "processor, µs", "null run, µs", "ratio",
                   "page faults", "null run"], rows)
 
@@ -100,9 +89,9 @@ def check_table(results):
         rows.append([WORDS[row["word"]], row["firmware"], row["lines"],
                      f'{float(row["required"]) / 1e3:.3f}', f'{float(row["p50"]) / 1e3:.3f}',
                      f'{float(row["ratio"]):.4f}', f'{float(row["worst"]):.4f}',
-                     row["exchanges"], required])
+                     row["exchanges"], required, f'{float(row["cpu"]):.1f}', row["faults"]])
     return table(["word", "firmware", "lines", "must take, s", "takes, s", "ratio", "worst ratio",
-                  "exchanges", "required"], rows)
+                  "exchanges", "required", "processor, ms", "page faults"], rows)
 
 
 def commands_table(results):
@@ -268,7 +257,7 @@ def machine_table(results):
 
 
 def goal_table(results):
-    exchanges = single_exchanges(results)
+    exchanges = results.of("exchange")
     rows = []
 
     def goal(text, limit, measured, met):
@@ -277,10 +266,7 @@ def goal_table(results):
     worst = max(above(row, "p50") for row in exchanges)
     goal("an exchange, p50 above its floor", "0.3 ms", f"{worst:.2f} ms at most", worst <= 0.3)
     worst = max(float(row["p99"]) - float(row["null_p99"]) for row in exchanges)
-    together = max(float(row["p99"]) - float(row["null_p99"])
-                   for row in results.of("exchange", exchange="all"))
-    goal("an exchange, p99 above that of the null run", "0.5 ms",
-         f"{together:+.2f} ms of all together, {worst:+.2f} ms of the worst row",
+    goal("an exchange, p99 above that of the null run", "0.5 ms", f"{worst:+.2f} ms at most",
          worst <= 0.5)
     worst = max(float(row["ratio"]) for row in results.of("check"))
     goal("a check, beside what has to be waited for", "1.01", f"{worst:.4f} at most", worst <= 1.01)
@@ -316,7 +302,6 @@ def goal_table(results):
 
 
 TABLES = {"goals": goal_table, "machine": machine_table, "exchanges": exchange_table,
-          "together": together_table,
           "processor": processor_table, "checks": check_table, "commands": commands_table,
           "costs": cost_table, "check cost": check_cost_table, "peer": peer_table,
           "pure": pure_table, "growth": growth_table, "loading": load_table, "failures": failure_table}
@@ -325,8 +310,7 @@ TABLES = {"goals": goal_table, "machine": machine_table, "exchanges": exchange_t
 def pictures(results):
     made = {}
     for baud in ("57600", "9600"):
-        rows = [row for row in single_exchanges(results)
-                if row["baud"] == baud and row["word"] == "64"]
+        rows = results.of("exchange", baud=baud, word="64")
         series = [(name, [above(row, key, prefix) for row in rows]) for name, key, prefix in
                   (("driver p50", "p50", ""), ("null run p50", "p50", "null_"),
                    ("driver p99", "p99", ""), ("null run p99", "p99", "null_"))]
