@@ -22,7 +22,7 @@ Recording recording_of(const std::string& path) {
 ReplayService::ReplayService(const Options& options)
     : ReplayService(options, recording_of(options.replay_file)) {}
 
-ReplayService::ReplayService(const Options& options, Recording recording)
+ReplayService::ReplayService(const Options& options, const Recording& recording)
     : file_(options.replay_file),
       replay_(recording),
       wire_(recording.baud, options.pace),

@@ -21,7 +21,7 @@ class ReplayService {
     bool run(const volatile int& stop);
 
   private:
-    ReplayService(const Options& options, Recording recording);
+    ReplayService(const Options& options, const Recording& recording);
     bool serve(const Request& request);
     bool said_all() const { return replay_.finished() && !wire_.host_present(); }
 

@@ -9,7 +9,7 @@
 namespace virtual_register {
 namespace {
 
-constexpr std::int64_t kLongestMs = 24 * 60 * 60 * 1000;
+constexpr std::int64_t kLongestMs = 86400000;  // a day
 
 // The name by which a command is called in a scenario.
 std::string name_of(const CommandRow& row) {

@@ -55,4 +55,8 @@ void TTarvoVesk::Trace(const std::string& msg) {
     TraceLogFile("VeskTarvoM5.log", msg);
 }
 
+void TTarvoVesk::Trace(const char* msg) {
+    Trace(std::string(msg));
+}
+
 void TTarvoVesk::event_checkprepare(unsigned char /*step*/, const ETarvoVesk* /*error*/) {}

@@ -58,6 +58,7 @@ class TTarvoVesk : public TTimerThread, public CTarvo, private CMiniCom {
     int checkscount();
     void printDoubleCheck();
     static void Trace(const std::string& msg);
+    static void Trace(const char* msg);
 
     // --- steps of a check
 

@@ -6,9 +6,20 @@
 
 namespace frame {
 
+namespace {
+
+// Most answers fit there, too, and are then read into the memory of their request.
+constexpr std::size_t kUsualSize = 64;
+
+std::size_t Room(std::size_t payload_size) {
+    return std::max(kHeadSize + kMinLength + payload_size, kUsualSize);
+}
+
+}  // namespace
+
 Bytes NewPayload(std::size_t size) {
     Bytes payload;
-    payload.reserve(kHeadSize + kMinLength + size);
+    payload.reserve(Room(size));
     payload.resize(size);
     return payload;
 }
@@ -34,7 +45,7 @@ unsigned char Sum(const unsigned char* bytes, int count) {
 void Build(kkm_command command, unsigned char net_num, Bytes& data, unsigned sum_length_mask) {
     const unsigned char header[] = {0x00, static_cast<unsigned char>(data.size() + kMinLength),
                                     net_num, static_cast<unsigned char>(command)};
-    data.reserve(data.size() + kHeadSize + kMinLength);
+    data.reserve(Room(data.size()));
     data.insert(data.begin(), header, header + sizeof header);
     const auto summed = static_cast<int>((data.size() - 2) & sum_length_mask);
     data.push_back(Sum(data.data() + 2, summed));

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <utility>
 
 #include "protocol/tarvo.h"
@@ -70,19 +71,21 @@ void CTarvo::GetPacketNoSuppleer(packet& pac) {
 }
 
 void CTarvo::ReadFrame(packet& pac) {
-    unsigned char head[2] = {0, 0};
+    unsigned char head[2];
     ReadPort(head, sizeof head);
     Judge(frame::CheckHead(head[0], head[1]));
     const unsigned length = head[1];
-    unsigned char body[frame::kMaxLength] = {};
+    unsigned char body[frame::kMaxLength];
     ReadPort(body, length);
     Judge(frame::CheckBody(body, length, m_NetNum));
     pac.cmd = static_cast<kkm_command>(body[1]);
     pac.data.assign(body + 2, body + length - 1);
 }
 
-void CTarvo::ReadPort(void* to, unsigned count) {
-    if (!offline_) {
+void CTarvo::ReadPort(unsigned char* to, unsigned count) {
+    if (offline_) {
+        std::fill_n(to, count, static_cast<unsigned char>(0));
+    } else {
         port_->Read(to, count);
     }
 }
@@ -93,9 +96,10 @@ void CTarvo::COMMClearError() {
     }
 }
 
+// The answer takes over the memory of the request.
 packet CTarvo::SendAndGet(kkm_command request, Bytes payload) {
     sendPacket(request, payload);
-    packet answer{};
+    packet answer{ks_none, std::move(payload)};
     GetPacket(answer);
     return answer;
 }
@@ -105,7 +109,7 @@ packet CTarvo::Exchange(const Command& command, Bytes payload, unsigned pause_ms
     if (pause_ms != 0) {
         Sleep(pause_ms);
     }
-    packet answer{};
+    packet answer{ks_none, std::move(payload)};
     GetPacket(answer);
     Judge(answer, command);
     return answer;

@@ -45,12 +45,22 @@ std::int64_t QuantityCount(double quantity, bool weighted) {
     return pieces == 1 ? 0 : pieces;  // the register reads 0 as one piece
 }
 
-Bytes MakeSaleBlock(const status_info& line) {
+SaleFields SaleFieldsOf(const status_info& line) {
+    return {line.name,  line.text,       line.quantity, line.weighted,
+            line.price, line.department, line.code};
+}
+
+SaleFields SaleFieldsOf(const sale& line) {
+    return {line.title, line.barcode, line.count, line.fractional,
+            line.price, line.section, line.code};
+}
+
+Bytes MakeSaleBlock(const SaleFields& line) {
     Bytes block = frame::NewPayload(kSaleBlockSize);
     if (!line.name.empty()) {
         PutOemText(line.name, block.data(), kNameSize);
     }
-    PutBarcode(line.text, block);
+    PutBarcode(line.barcode, block);
     PutDigits(line.price, block.data() + kPriceAt, kSalePriceSize);
     block[kDepartmentAt] = line.department;
     block[kWeightedAt] = line.weighted ? 1 : 0;

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string>
 
+#include "protocol/sale.h"
 #include "protocol/status_info.h"
 #include "support/payload.h"
 
@@ -24,7 +25,23 @@ constexpr std::size_t kProductBlockSize = 39;
 // other, one piece being 0.
 std::int64_t QuantityCount(double quantity, bool weighted);
 
-Bytes MakeSaleBlock(const status_info& line);
+// What a sale line consists of. The texts must outlive it.
+struct SaleFields {
+    const std::string& name;
+    const std::string& barcode;
+    double quantity;
+    bool weighted;
+    std::uint32_t price;  // kopecks
+    std::uint8_t department;
+    std::uint16_t code;
+};
+
+SaleFields SaleFieldsOf(const status_info& line);
+SaleFields SaleFieldsOf(const sale& line);
+Bytes MakeSaleBlock(const SaleFields& line);
+inline Bytes MakeSaleBlock(const status_info& line) {
+    return MakeSaleBlock(SaleFieldsOf(line));
+}
 
 // True when the price fits the product record, whose field is a digit shorter than a sale line's.
 bool ProductPriceFits(std::uint32_t price);

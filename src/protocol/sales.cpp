@@ -22,6 +22,14 @@ std::string StateText(const char* operation, const status_info& status) {
 }  // namespace
 
 void CTarvo::sendSaleInfo(const status_info& line) {
+    SendSale(SaleFieldsOf(line));
+}
+
+void CTarvo::sendSaleInfo(const sale& line) {
+    SendSale(SaleFieldsOf(line));
+}
+
+void CTarvo::SendSale(const SaleFields& line) {
     CheckVersion(true);
     const packet answer = SendAndGet(dev_salecode, MakeSaleBlock(line));
     if (answer.cmd != kkm_salecode && answer.cmd != kkm_saleaccepted) {
@@ -30,18 +38,6 @@ void CTarvo::sendSaleInfo(const status_info& line) {
     if (PayloadView(answer.data).Byte(0) != 0) {
         throw ETarvo(this, errMoney, "CTarvo::send_sale_info:  ");
     }
-}
-
-void CTarvo::sendSaleInfo(const sale& line) {
-    status_info info;
-    info.name = line.title;
-    info.code = line.code;
-    info.text = line.barcode;
-    info.quantity = line.count;
-    info.price = line.price;
-    info.department = line.section;
-    info.weighted = line.fractional;
-    sendSaleInfo(info);
 }
 
 void CTarvo::sendSaleStr(unsigned char sale_index, unsigned char line_index,

@@ -9,7 +9,8 @@ constexpr unsigned kAfterResetInfoMs = 20;
 }  // namespace
 
 void CTarvo::GetStatus(packet& answer) {
-    sendPacket(dev_reque);
+    answer.data.clear();
+    sendPacket(dev_reque, answer.data);
     GetPacket(answer);
 }
 

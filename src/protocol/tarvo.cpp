@@ -37,16 +37,9 @@ void CTarvo::traceMsg(const std::string& msg) {
         const std::time_t now = std::time(nullptr);
         std::tm local{};
         localtime_r(&now, &local);
-        std::string line = std::to_string(local.tm_year + 1900);
-        for (const auto& [separator, number] : {std::pair{':', local.tm_mon + 1},
-                                                {':', local.tm_mday},
-                                                {' ', local.tm_hour},
-                                                {':', local.tm_min},
-                                                {':', local.tm_sec}}) {
-            line += separator;
-            line += std::to_string(number);
-        }
-        TraceLogFile(log_file_name_, line + ' ' + msg);
+        TraceLogFile(log_file_name_, trace::Text(local.tm_year + 1900, ":", local.tm_mon + 1, ":",
+                                                 local.tm_mday, " ", local.tm_hour, ":",
+                                                 local.tm_min, ":", local.tm_sec, " ", msg));
     } catch (...) {
         // Tracing never makes an operation fail.
     }

@@ -175,10 +175,11 @@ class CTarvo {
     void Judge(const packet& answer, const Command& command);
     void Judge(const frame::Fault& fault);
     void ReadFrame(packet& pac);
-    void ReadPort(void* to, unsigned count);
+    void ReadPort(unsigned char* to, unsigned count);
     // 16 characters, the value, the mode: what the indicator commands send.
     static Bytes IndicatorLine(const std::string& text, unsigned char value, kkm_indicator mode);
     void FillFromCounters(status_info& status);
+    void SendSale(const SaleFields& line);
     void ClearCheckByKeys();
     Bytes RamRequest(TRamAddr location, unsigned char count);
 

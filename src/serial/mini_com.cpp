@@ -13,7 +13,7 @@
 namespace {
 
 // A limit is counted in unsigned milliseconds, poll takes a signed number.
-constexpr std::uint64_t kLongestPollMs = 0x7FFFFFFF;
+constexpr unsigned kLongestPollMs = 0x7FFFFFFF;
 
 }  // namespace
 
@@ -61,16 +61,18 @@ void CMiniCom::purgeComm(unsigned /*flags*/) {
 
 int CMiniCom::waitComEvent(unsigned ms) {
     pollfd event{handle_, POLLIN, 0};
-    std::uint64_t left_ms = ms;
-    const std::uint64_t end_us = MonotonicUs() + left_ms * 1'000;
+    unsigned left_ms = ms;
+    const Stopwatch waited;
     for (;;) {
         const int result = poll(&event, 1, static_cast<int>(std::min(left_ms, kLongestPollMs)));
         if (result != -1 || errno != EINTR) {
             return result;
         }
-        const std::uint64_t now_us = MonotonicUs();
+        const std::uint64_t wait_us = std::uint64_t{ms} * 1'000;
+        const std::uint64_t waited_us = waited.ElapsedUs();
         // Rounded up: a signal must not take a part of a millisecond from the limit either.
-        left_ms = now_us < end_us ? (end_us - now_us + 999) / 1'000 : 0;
+        left_ms =
+            waited_us < wait_us ? static_cast<unsigned>((wait_us - waited_us + 999) / 1'000) : 0;
     }
 }
 

@@ -51,9 +51,8 @@ std::vector<unsigned char> ULtoHex(unsigned long n) {
 }
 
 void PutDigits(std::uint32_t n, unsigned char* field, std::size_t field_size) {
-    const std::vector<unsigned char> digits = ULtoHex(n);
-    const std::size_t kept = std::min(digits.size(), field_size);
-    std::fill(field, field + (field_size - kept), static_cast<unsigned char>(0));
-    std::copy(digits.end() - static_cast<std::ptrdiff_t>(kept), digits.end(),
-              field + (field_size - kept));
+    for (std::size_t i = field_size; i > 0; --i) {
+        field[i - 1] = static_cast<unsigned char>(n % 10);
+        n /= 10;
+    }
 }

@@ -1,10 +1,10 @@
 // Writing of the trace files, and the building of their lines.
 #pragma once
 
-#include <charconv>
+#include <initializer_list>
 #include <sstream>
 #include <string>
-#include <type_traits>
+#include <string_view>
 #include <vector>
 
 // Opens the file for appending (creating it when missing), writes the text unchanged and closes it
@@ -24,29 +24,38 @@ const char* zetdGetErrorMsg(int code);  // always an empty text
 
 namespace trace {
 
-// Appends one piece of a trace line: texts as they are, numbers in decimal, bytes as numbers,
-// single-precision numbers with up to 6 digits; the host's locale plays no part.
-template <typename Piece>
-void Append(std::string& line, const Piece& piece) {
-    if constexpr (std::is_floating_point_v<Piece>) {
-        char text[32];
-        const auto end = std::to_chars(text, text + sizeof text, piece, std::chars_format::general,
-                                       6 /* significant digits */);
-        line.append(text, end.ptr);
-    } else if constexpr (std::is_integral_v<Piece>) {
-        line += std::to_string(piece);
-    } else {
-        line += piece;
-    }
+// One piece of a trace line: texts as they are, numbers in decimal, bytes as numbers, fractions
+// with up to 6 digits; the host's locale plays no part. A text must outlive the piece.
+class Piece {
+  public:
+    explicit Piece(const char* text) : text_(text) {}
+    explicit Piece(const std::string& text) : text_(text) {}
+    explicit Piece(int number);
+    explicit Piece(unsigned number);
+    explicit Piece(unsigned long number);
+    explicit Piece(double number);
+    Piece(const Piece&) = delete;
+    Piece& operator=(const Piece&) = delete;
+
+    std::string_view Text() const { return text_; }
+
+  private:
+    char digits_[24];
+    std::string_view text_;
+};
+
+std::string Join(std::initializer_list<Piece> pieces);
+
+// A text built from pieces without separators.
+template <typename... Pieces>
+std::string Text(const Pieces&... pieces) {
+    return Join({Piece(pieces)...});
 }
 
-// A line built from pieces: no separators, a line end behind the last one.
+// The same with a line end behind the last one.
 template <typename... Pieces>
 std::string Line(const Pieces&... pieces) {
-    std::string line;
-    (Append(line, pieces), ...);
-    line += '\n';
-    return line;
+    return Join({Piece(pieces)..., Piece("\n")});
 }
 
 }  // namespace trace

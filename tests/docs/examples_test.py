@@ -27,7 +27,8 @@ USES = {"cpp": ("part", "program"), "c": ("part", "program"), "python": ("progra
         "sh": ("shown", "register")}
 NO_CODE = ("", "text", "console", "diff", "http", "ini", "json", "systemd", "xml", "yaml")
 WARNINGS = ["-Wall", "-Wextra", "-Wpedantic", "-Werror"]
-PART_HEAD = {"c": "#include <VeskTarvoM5/VeskTarvoM5.h>\n#include <stdio.h>\n",
+PART_HEAD = {"c": "#include <VeskTarvoM5/VeskTarvoM5.h>\n#include <kkmcheck/kkmcheck.h>\n"
+                  "#include <stdio.h>\n",
              "cpp": "#include <VeskTarvoM5/VeskTarvoM5.h>\n#include <iconv.h>\n\n#include <cstdio>\n"}
 
 
@@ -75,7 +76,8 @@ class Tester:
         file = Path(f"example.{block.language}")
         file.write_text(text, encoding="utf-8")
         self.run(block, [*self.compilers[block.language], *self.flags, *WARNINGS,
-                         "-I", self.source / "include", file, *more])
+                         "-I", self.source / "include", "-I", self.source / "companion/include",
+                         file, *more])
 
     def test(self, block):
         if block.use == "part":

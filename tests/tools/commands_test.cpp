@@ -146,11 +146,11 @@ TEST_F(CommandsTest, DryRunShowsTheReceiptAndTouchesNoRegister) {
 }
 
 TEST_F(CommandsTest, DryRunCutsNamesAsTheFirmwareDoes) {
-    const std::string name = std::string(16, 'a') + std::string(56, 'b') + "ccc";
+    const std::string name = std::string(15, 'a') + std::string(57, 'b') + "ccc";
     const std::string check = R"({"cash": 1, "lines": [{"name": ")" + name + R"(", "price": 1}]})";
     EXPECT_EQ(Kkm({"check", "--dry-run", "--firmware", "301", "-"}, check), 0);
-    EXPECT_THAT(out.str(), HasSubstr("   1  aaaaaaaaaaaaaaaa\n"));
-    EXPECT_THAT(out.str(), HasSubstr("not printed: " + std::string(56, 'b') + "ccc\n"));
+    EXPECT_THAT(out.str(), HasSubstr("   1  aaaaaaaaaaaaaaa\n"));
+    EXPECT_THAT(out.str(), HasSubstr("not printed: " + std::string(57, 'b') + "ccc\n"));
     EXPECT_EQ(Kkm({"check", "--dry-run", "--firmware", "400", "-"}, check), 0);
     EXPECT_THAT(out.str(), HasSubstr("not printed: ccc\n"));
     EXPECT_THAT(out.str(), HasSubstr("this firmware takes no cash from a program: paid exactly\n"));

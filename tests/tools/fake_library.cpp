@@ -250,6 +250,11 @@ std::optional<kkm::RegisterLook> kkm::LookAtRegister(const Address& /*address*/)
     looks.erase(looks.begin());
     return look;
 }
+kkm::RegisterDump kkm::DumpRegister(const Address& address, int last_product,
+                                    Streams& /*streams*/) {
+    FakeLibrary::Get().Call("DumpRegister", address.Text() + ", " + std::to_string(last_product));
+    return FakeLibrary::Get().dump;
+}
 std::vector<kkm::Finding> kkm::ExamineRegister(const std::string& device) {
     FakeLibrary::Get().Call("ExamineRegister", device);
     return {{Grade::good, "answer", "a register answers", ""}};

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "kkm/register_dump.h"
 #include "kkm/register_state.h"
 
 namespace test {
@@ -20,6 +21,8 @@ struct FakeLibrary {
     bool throwing_cash = false;
     int unreadable_record = 0;
     std::vector<kkm::RegisterLook> looks;  // what the tool's own line sees, one after another
+
+    kkm::RegisterDump dump;  // what a dump reads
 
     static FakeLibrary& Get();
     // Forgets everything.

@@ -7,6 +7,7 @@
 #include "kkm/completion.h"
 #include "kkm/doctor.h"
 #include "kkm/dry_run.h"
+#include "kkm/dump_command.h"
 #include "kkm/explain.h"
 #include "kkm/journal_line.h"
 #include "kkm/query_commands.h"
@@ -29,6 +30,7 @@ constexpr auto kExamples = R"(Examples:
   kkm --device /dev/ttyUSB0 check check.json
   kkm --port 1 counters --json
   kkm --port 1 tape --from 10 --csv
+  kkm --port 1 dump till.mem && tarvo-register --memory till.mem
   echo '{"lines":[{"name":"Хлеб","price":25.5}]}' | kkm check --dry-run -
   kkm --port 1 check check.json --key order-4711 --journal till1.journal
   kkm --port 1 resolve --all --journal till1.journal
@@ -94,6 +96,7 @@ class CommandLine {
                   std::function<ExitStatus()> run, bool needs_register = true);
     void AddCheck();
     void AddQueries();
+    void AddDump();
     void AddServices();
     void AddTools();
     void RequireRegister() const;
@@ -116,6 +119,7 @@ class CommandLine {
     int times_ = 1;
     bool clear_ = false;
     WatchOptions watch_;
+    DumpOptions dump_;
     std::string directory_;
     std::string what_;
     RunOptions host_;
@@ -138,6 +142,7 @@ CommandLine::CommandLine(Streams& streams) : streams_(streams) {
     app_.add_flag("--json", as_json_, "Write JSON");
     AddCheck();
     AddQueries();
+    AddDump();
     AddServices();
     AddTools();
     app_.footer(kExamples);  // behind the commands, which would take it over
@@ -235,6 +240,20 @@ void CommandLine::AddQueries() {
         ->type_name("N")
         ->check(CLI::Range(0, 1'000'000))
         ->capture_default_str();
+}
+
+void CommandLine::AddDump() {
+    CLI::App* const dump =
+        Add("dump", "Write what can be read of a register as a memory of tarvo-register",
+            [this] { return RunDump(address_, dump_, as_json_, streams_); });
+    dump->add_option("FILE", dump_.file, "The memory file, or - for standard output")
+        ->type_name("")
+        ->required();
+    dump->add_option("--products", dump_.last_product, "Read goods with codes up to N; 0 for none")
+        ->type_name("N")
+        ->check(CLI::Range(0, 65535))
+        ->capture_default_str();
+    dump->add_flag("--replace", dump_.replace, "Replace a file that is there");
 }
 
 void CommandLine::AddServices() {

@@ -171,7 +171,8 @@ void WriteJson(const CheckFile& check, const DryCheck& dry, const FirmwareRules&
 
 FirmwareRules RulesOf(int firmware) {
     const bool titles = firmware > kLastWithoutTitles;
-    return {firmware, titles ? 72U : 16U, titles ? 18U : 16U,
+    // A name alone is one letter shorter than its place: the bar code begins on the last one.
+    return {firmware, titles ? 72U : 15U, titles ? 18U : 15U,
             firmware <= kLastWithShortChecks ? 19U : 255U,
             firmware >= kFirstWithCash && firmware <= kLastWithCash};
 }

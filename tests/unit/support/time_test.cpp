@@ -86,6 +86,13 @@ TEST_F(TimeTest, ClockCountsWholeUnitsOfTheMonotonicClock) {
     EXPECT_EQ(MonotonicMs(), 1'002'346U);
 }
 
+TEST_F(TimeTest, StopwatchCountsFromItsBeginning) {
+    world.Advance(999'999);  // so that the seconds turn over in between
+    const Stopwatch watch;
+    world.Advance(5'000'250);
+    EXPECT_EQ(watch.ElapsedUs(), 5'000'251U);  // the look at the clock takes the last one
+}
+
 TEST_F(TimeTest, ClockOutlivesThirtyTwoBitsOfMilliseconds) {
     world.Advance(5'000'000'000'000);
     EXPECT_EQ(MonotonicMs(), 5'001'000'000U);

@@ -55,6 +55,16 @@ TEST_F(TraceFileTest, StreamIsWrittenWithItsWholeContents) {
     EXPECT_EQ(directory.Content("trace.log"), "Warning: 17\nWarning: 17\n");
 }
 
+TEST_F(TraceFileTest, TextOfAnyLengthIsWrittenWhole) {
+    std::string all;
+    for (const std::size_t length : {1022U, 1023U, 1024U, 1025U, 70000U}) {
+        const std::string text(length, 'x');
+        TraceLogFile("trace.log", text + '\n');
+        all += text + '\n';
+    }
+    EXPECT_EQ(directory.Content("trace.log"), all);
+}
+
 TEST_F(TraceFileTest, FileThatCannotBeWrittenIsPassedOver) {
     std::filesystem::create_directory(directory.Path("occupied"));
     EXPECT_NO_THROW(TraceLogFile("occupied", kText));
