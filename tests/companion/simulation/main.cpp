@@ -225,8 +225,9 @@ int main(int argc, char** argv) {
         } else if (name == "--seed") {
             options.seed = value;
         } else {
-            std::fprintf(stderr, "%s [--stories N] [--from SEED] [--jobs N] [--seed SEED] [--must-find 1]\n",
-                         argv[0]);
+            std::fprintf(
+                stderr, "%s [--stories N] [--from SEED] [--jobs N] [--seed SEED] [--must-find 1]\n",
+                argv[0]);
             return 2;
         }
     }
