@@ -157,6 +157,12 @@ void RegisterOfStory::Happens(Between what, simulation::RegisterSide& side,
         case Between::older_memory:
             model_.memory() = older_;
             exchanged_ = true;
+            // Half of them come to stand where the exchanged one stood.
+            if (story_.check.lines.size() % 2 == 0) {
+                Ask(0x7F, {});
+                model_.enter_line(MakeLine("LATER", 700));
+                CloseByHand();
+            }
             break;
         default:
             break;

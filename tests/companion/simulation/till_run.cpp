@@ -35,11 +35,10 @@ class DiskLog final : public kkmcheck::AttemptLog {
     std::function<bool()> process_is_dead;
     std::function<void(Stage)> reached;
 
-    void Counted(const Mark& mark, int firmware) override {
+    void Counted(const Mark& mark, int /*firmware*/) override {
         if (Writes()) {
             disk_.stage = Stage::counted;
             disk_.before = mark;
-            disk_.firmware = firmware;
         }
         reached(Stage::counted);
     }
