@@ -11,14 +11,11 @@ namespace {
 // The driver gives every line the same code and article; what a cashier types has its own.
 constexpr int kDriverCode = 1;
 constexpr std::uint8_t kDriverDigits[4] = {0x45, 0x67, 0x89, 0x01};
-// So many of the article's bytes must differ before a record counts as somebody else's: bytes that
-// change on the line change fewer.
+// So many of the article's bytes must differ, and the code too, before a record counts as somebody
+// else's: a byte that changes on the line changes one of the two.
 constexpr int kForeignDigits = 3;
 // A record cannot hold a larger quantity.
 constexpr std::int64_t kLargestQuantity = 65535;
-// Firmware on which the driver locks the keyboard while it works.
-constexpr int kFirstWithLock = 303;
-constexpr int kWithoutLock = 400;
 
 enum class Origin { driver, foreign, doubtful };
 
@@ -30,16 +27,13 @@ Origin OriginOf(const TapeRecord& record) {
     if (differing == 0 && record.code == kDriverCode && !record.marked) {
         return Origin::driver;
     }
-    return differing >= kForeignDigits ? Origin::foreign : Origin::doubtful;
+    return differing >= kForeignDigits && record.code != kDriverCode ? Origin::foreign
+                                                                     : Origin::doubtful;
 }
 
 bool Matches(const TapeRecord& record, const ExpectedRecord& expected) {
     return record.kind == expected.kind && record.sum_kopecks == expected.sum_kopecks &&
            record.quantity_thousandths == std::min(expected.quantity_thousandths, kLargestQuantity);
-}
-
-bool KeyboardWasLocked(int firmware) {
-    return firmware >= kFirstWithLock && firmware < kWithoutLock;
 }
 
 Verdict Unknown(Reason reason) {
@@ -114,11 +108,11 @@ Verdict DecideByTape(const Evidence& evidence, int checks) {
         return Unknown(Reason::other_lines_on_tape);
     }
     // Every other check has a record at least. With more records than that, some may have been
-    // typed into this check, unless the keyboard was locked or the driver counted in time.
+    // typed into this check, unless the driver had counted before the others came. A keyboard that
+    // is locked while it works proves nothing: a line may be typed before the lock.
     const int other_checks = unclaimed.checks - 1;
     const int other_records = records - static_cast<int>(from_driver.size());
-    const bool undisturbed = other_checks > 0 && (KeyboardWasLocked(evidence.firmware) ||
-                                                  evidence.driver_result.value_or(0) == 1);
+    const bool undisturbed = other_checks > 0 && evidence.driver_result.value_or(0) == 1;
     if (other_records < other_checks) {
         return Unknown(Reason::counters_at_odds);
     }
@@ -181,6 +175,9 @@ Verdict Decide(const Evidence& evidence) {
     const int checks = after.checks - before.checks;
     const int records = after.records - before.records;
     if (checks == 0 && records == 0) {
+        if (evidence.driver_result.value_or(0) == 1) {
+            return Unknown(Reason::counters_went_back);  // the driver had seen them move
+        }
         return evidence.nothing_open ? Verdict{Outcome::not_printed, Reason::counters_unmoved}
                                      : Unknown(Reason::check_may_be_open);
     }

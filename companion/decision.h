@@ -89,7 +89,6 @@ struct Claim {
 
 struct Evidence {
     Stage stage = Stage::intended;
-    int firmware = 0;
     std::vector<ExpectedRecord> expected;
     std::optional<Mark> before;
     std::optional<int> driver_result;  // of PrintCheck()

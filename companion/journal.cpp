@@ -395,7 +395,6 @@ std::vector<Claim> Journal::ClaimsBeside(const Attempt& attempt) {
 Evidence Journal::EvidenceOf(const Attempt& attempt, const Check& check) {
     Evidence evidence;
     evidence.stage = attempt.stage;
-    evidence.firmware = attempt.firmware;
     evidence.expected = ExpectedRecords(check);
     evidence.before = attempt.before;
     evidence.driver_result = attempt.driver_result;

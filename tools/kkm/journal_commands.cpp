@@ -1,5 +1,6 @@
 #include "kkm/journal_commands.h"
 
+#include <fstream>
 #include <memory>
 #include <vector>
 
@@ -12,8 +13,14 @@ namespace {
 // The handle, and what is said when something does not work. Nothing was printed then.
 class OpenJournal {
   public:
-    OpenJournal(const std::string& path, const std::string& device, Streams& streams)
+    enum class Kind { existing, any };
+    OpenJournal(const std::string& path, const std::string& device, Streams& streams,
+                Kind kind = Kind::existing)
         : streams_(streams) {
+        // A mistyped name would make a new journal, in which nothing is known.
+        if (kind == Kind::existing && !std::ifstream(path)) {
+            throw CheckFileError("there is no journal " + path);
+        }
         kkmcheck_journal* journal = nullptr;
         result_ = kkmcheck_open(path.c_str(), device.c_str(), &journal);
         journal_.reset(journal);
@@ -111,7 +118,7 @@ ExitStatus RunKeyedCheck(const Address& address, const CheckFile& check,
     const kkmcheck_check content{lines.data(), static_cast<int>(lines.size()),
                                  static_cast<int>(check.mode), check.discount,
                                  check.cash.value_or(0)};
-    const OpenJournal journal(options.path, address.Device(), streams);
+    const OpenJournal journal(options.path, address.Device(), streams, OpenJournal::Kind::any);
     if (!journal.Opened()) {
         return journal.FailedToOpen();
     }

@@ -1,0 +1,228 @@
+#include "companion/simulation/till_run.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include "companion/register_session.h"
+#include "companion/simulation/register_of_story.h"
+#include "simulation/host.h"
+#include "simulation/simulated_system.h"
+
+namespace outcome_simulation {
+
+using kkmcheck::Evidence;
+using kkmcheck::Mark;
+using kkmcheck::Outcome;
+using kkmcheck::Reason;
+using kkmcheck::Stage;
+using kkmcheck::Verdict;
+using simulation::Micros;
+
+namespace {
+
+constexpr Micros kStart = 1'000'000'000;
+// Pauses of the driver that the deadline grants a register that does not ask.
+constexpr std::uint32_t kPatience = 1'500;
+constexpr Micros kFindingOutUs = 20'000'000;
+constexpr int kLaterCalls = 3;
+constexpr Micros kLaterUs = 3'600'000'000;
+
+// The journal of one attempt: what is on the disk stays, what a dead process writes is not written.
+class DiskLog final : public kkmcheck::AttemptLog {
+  public:
+    DiskLog(Evidence& disk, std::uint32_t full_at) : disk_(disk), full_at_(full_at) {}
+
+    std::function<bool()> process_is_dead;
+    std::function<void(Stage)> reached;
+
+    void Counted(const Mark& mark, int /*firmware*/) override {
+        if (Writes()) {
+            disk_.stage = Stage::counted;
+            disk_.before = mark;
+        }
+        reached(Stage::counted);
+    }
+    void Sending(const Mark& mark) override {
+        if (Writes()) {
+            disk_.stage = Stage::sending;
+            disk_.before = mark;
+        }
+    }
+    void Returned(int result, int /*error*/) override {
+        if (Writes()) {
+            disk_.stage = Stage::returned;
+            disk_.driver_result = result;
+        }
+        reached(Stage::returned);
+    }
+
+  private:
+    bool Writes() {
+        if (process_is_dead()) {
+            return false;
+        }
+        if (full_at_ != 0 && ++writings_ >= full_at_) {
+            throw kkmcheck::JournalFailure("disk full");
+        }
+        return true;
+    }
+
+    Evidence& disk_;
+    std::uint32_t full_at_;
+    std::uint32_t writings_ = 0;
+};
+
+class TillRun {
+  public:
+    TillRun(const Story& story, bool tell)
+        : story_(story),
+          tell_(tell),
+          register_(story),
+          side_(register_.model(), journal_, story.scenario.cashier, kStart),
+          line_(side_, journal_, story.scenario.line, story.scenario.faults),
+          system_(line_, journal_, story.scenario.faults) {
+        disk_.expected = kkmcheck::ExpectedRecords(story.check);
+    }
+
+    Answer Run() {
+        Answer answer;
+        answer.first = Print();
+        Tell("print", answer.first);
+        system_.Advance(kLaterUs);
+        register_.Happens(story_.between, side_, system_.Now() - kStart);
+        answer.last = answer.first;
+        for (int i = 0; i < kLaterCalls && answer.last.outcome == Outcome::unknown; ++i) {
+            system_.Advance(kLaterUs);
+            answer.last = FindOut();
+            Tell("resolve", answer.last);
+        }
+        const Truth truth = register_.Look();
+        answer.printed = truth.receipts > 0;
+        answer.wrong = Compare(truth, answer.first);
+        if (answer.wrong.empty()) {
+            answer.wrong = Compare(truth, answer.last);
+        }
+        if (answer.wrong.empty() && answer.first.outcome == Outcome::unknown &&
+            answer.last.outcome != Outcome::unknown && register_.WasExchanged()) {
+            answer.wrong = "another register's word, or an older memory's, was believed";
+        }
+        answer.exchanges = static_cast<std::uint32_t>(journal_.exchanges().size());
+        return answer;
+    }
+
+  private:
+    // A new process: the driver is loaded anew, and a kill strikes it if its time comes now.
+    void BeginProcess(bool prints) {
+        simulation::Reload(0, simulation::Callbacks::none);
+        began_at_ = journal_.exchanges().size();
+        abandoned_ = false;
+        finding_out_until_ = system_.Now() + kFindingOutUs;
+        side_.BeginCall(++calls_, prints);
+        system_.BeginCall(0);
+    }
+    bool IsDead() const {
+        return abandoned_ || (story_.kill != Kill::none && story_.kill_at >= began_at_ &&
+                              journal_.exchanges().size() > story_.kill_at);
+    }
+
+    kkmcheck::Conditions MakeConditions() {
+        kkmcheck::Conditions conditions;
+        conditions.time_is_left = [this] {
+            return !IsDead() && system_.Now() < finding_out_until_;
+        };
+        conditions.sending_begins = [] {};
+        conditions.abandon = [this] {
+            abandoned_ = true;
+            line_.PullPlug();
+        };
+        return conditions;
+    }
+
+    Verdict Print() {
+        BeginProcess(true);
+        DiskLog log(disk_, story_.disk_full);
+        log.process_is_dead = [this] { return IsDead(); };
+        log.reached = [this](Stage stage) {
+            system_.BeginCall(stage == Stage::counted ? kPatience : 0);
+            finding_out_until_ = system_.Now() + kFindingOutUs;
+        };
+        kkmcheck::RegisterSession session(simulation::kDevice, MakeConditions());
+        Evidence evidence = disk_;
+        Verdict verdict;
+        try {
+            verdict = session.Print(story_.check, evidence, log);
+        } catch (const kkmcheck::JournalFailure&) {
+            abandoned_ = true;
+        }
+        return EndProcess(session, verdict);
+    }
+
+    Verdict FindOut() {
+        BeginProcess(false);
+        Evidence evidence = disk_;
+        kkmcheck::RegisterSession session(simulation::kDevice, MakeConditions());
+        const Verdict verdict = session.Resolve(evidence);
+        return EndProcess(session, verdict);
+    }
+
+    Verdict EndProcess(kkmcheck::RegisterSession& session, Verdict verdict) {
+        if (IsDead()) {
+            // The host finds the process ended, and the journal where it was left.
+            verdict = Decide(disk_);
+        } else {
+            system_.BeginCall(0);
+            session.Leave();
+        }
+        return verdict;
+    }
+
+    std::string Compare(const Truth& truth, const Verdict& verdict) const {
+        const std::string said =
+            std::string(Name(verdict.outcome)) + " (" + std::string(Name(verdict.reason)) + ")";
+        if (truth.receipts > 1) {
+            return "it is on the paper twice";
+        }
+        if (verdict.outcome == Outcome::printed && truth.whole != 1) {
+            return said + ", and no such check is on the paper";
+        }
+        if (verdict.outcome == Outcome::not_printed && truth.receipts != 0) {
+            return said + ", and it is on the paper";
+        }
+        if (verdict.outcome == Outcome::not_printed && truth.open) {
+            return said + ", and it is open at the register";
+        }
+        return {};
+    }
+
+    void Tell(const char* what, const Verdict& verdict) {
+        if (tell_) {
+            const Truth truth = register_.Look();
+            std::printf(
+                "%8s: %s (%s) behind exchange %zu; stage %d; receipts %d, whole %d, open %d\n",
+                what, std::string(Name(verdict.outcome)).c_str(),
+                std::string(Name(verdict.reason)).c_str(), journal_.exchanges().size(),
+                static_cast<int>(disk_.stage), truth.receipts, truth.whole, truth.open);
+        }
+    }
+
+    const Story& story_;
+    bool tell_;
+    simulation::Journal journal_;
+    RegisterOfStory register_;
+    simulation::RegisterSide side_;
+    simulation::SimulatedLine line_;
+    simulation::SimulatedSystem system_;
+    Evidence disk_;
+    std::size_t began_at_ = 0;
+    bool abandoned_ = false;
+    Micros finding_out_until_ = 0;
+    std::uint32_t calls_ = 0;
+};
+
+}  // namespace
+
+Answer Run(const Story& story, bool tell) {
+    return TillRun(story, tell).Run();
+}
+
+}  // namespace outcome_simulation
