@@ -14,7 +14,7 @@ RESULTS = os.path.join(ROOT, "docs", "performance", "results.txt")
 COST_TEST = os.path.join(ROOT, "tests", "cost", "cost_test.py")
 FIRMWARES = (301, 302, 303, 310, 400)
 EXCHANGES = ("reset", "statistics", "status_32", "sale", "largest")
-# An exchange is measured again while the null run shows that the machine is busy.
+# An exchange is measured again while a busy machine delays driver or null run.
 ROUNDS = 5
 QUIET_MS = 0.5
 CHECKS = {1: 5, 4: 5, 18: 3}  # lines: times
@@ -58,7 +58,7 @@ def machine():
 def exchanges(word):
     def lateness(line):
         row = dict(pair.split("=", 1) for pair in line.split())
-        return float(row["null_p99"]) - float(row["floor"])
+        return max(float(row["p99"]), float(row["null_p99"])) - float(row["floor"])
 
     quietest = []
     for baud, times in ((57600, 300), (9600, 100)):
