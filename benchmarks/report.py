@@ -1,4 +1,5 @@
-"""Makes the tables of docs/performance.md and its pictures from docs/performance/results.txt.
+"""Makes the tables of docs/performance.md and its pictures from docs/performance/results.txt. With
+--check nothing is written; it fails when document or pictures show anything else.
 
 In the document a table stands between `<!-- NAME -->` and `<!-- end -->`; the text around it is
 written by hand."""
@@ -327,9 +328,7 @@ def pictures(results):
                   for name in names for word in growth_words(results)
                   if len(names) < 3 or word == "64"]
         made[file] = picture.curves(title, x_name, "µs", series)
-    for file, svg in made.items():
-        with open(os.path.join(FOLDER, file), "w", encoding="utf-8") as target:
-            target.write(svg)
+    return {os.path.join(FOLDER, file): svg for file, svg in made.items()}
 
 
 def main():
@@ -342,9 +341,17 @@ def main():
                               flags=re.DOTALL)
         if count != 1:
             sys.exit(f"docs/performance.md has {count} places for the table '{name}'")
-    with open(DOCUMENT, "w", encoding="utf-8") as file:
-        file.write(text)
-    pictures(results)
+    made = {DOCUMENT: text, **pictures(results)}
+    if "--check" not in sys.argv:
+        for path, content in made.items():
+            with open(path, "w", encoding="utf-8") as file:
+                file.write(content)
+        return
+    for path, content in made.items():
+        with open(path, encoding="utf-8") as file:
+            if file.read() != content:
+                sys.exit(f"{os.path.relpath(path, ROOT)} does not show the results: "
+                         "scripts/bench --report")
 
 
 if __name__ == "__main__":
