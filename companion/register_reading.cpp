@@ -8,6 +8,8 @@ namespace kkmcheck {
 namespace {
 
 constexpr int kTries = 4;
+// The counter of records goes from one below to 0.
+constexpr int kRecordsRound = 65536;
 
 // One counter for each question, and the serial number last: an answer that belongs to another
 // question is noticed, for its length is another.
@@ -46,13 +48,14 @@ std::optional<TapeRecord> ReadRecord(int number) {
     return record;
 }
 
-// False when it could not be read. A tape without records has no last one.
-bool ReadLast(int records, std::string& text) {
+// False when it could not be read. A tape without records has no last one; one whose counter has
+// just gone round has.
+bool ReadLast(const Counters& counters, std::string& text) {
     text.clear();
-    if (records == 0) {
+    if (counters.records == 0 && counters.checks == 0) {
         return true;
     }
-    if (const auto record = ReadRecord(records)) {
+    if (const auto record = ReadRecord(counters.records != 0 ? counters.records : kRecordsRound)) {
         text = Text(*record);
         return true;
     }
@@ -66,7 +69,7 @@ bool ReadLast(int records, std::string& text) {
 std::optional<Mark> ReadMarkOnce() {
     const auto counters = ReadCounters();
     Mark mark;
-    if (!counters || !ReadLast(counters->records, mark.last_record)) {
+    if (!counters || !ReadLast(*counters, mark.last_record)) {
         return std::nullopt;
     }
     mark.counters = *counters;
@@ -85,7 +88,7 @@ std::optional<TapeReading> ReadTapeOnce(const Counters& before,
         counters->records < before.records) {
         return reading;
     }
-    if (!ReadLast(before.records, reading.last_record_before)) {
+    if (!ReadLast(before, reading.last_record_before)) {
         return std::nullopt;
     }
     for (int number = before.records + 1; number <= counters->records; ++number) {
