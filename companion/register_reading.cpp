@@ -48,19 +48,15 @@ std::optional<TapeRecord> ReadRecord(int number) {
     return record;
 }
 
-// False when it could not be read. A tape without records has no last one; one whose counter has
-// just gone round has.
+// False when it could not be read. A tape without records has no last one, unless their counter has
+// just gone round.
 bool ReadLast(const Counters& counters, std::string& text) {
-    text.clear();
-    if (counters.records == 0 && counters.checks == 0) {
-        return true;
-    }
     if (const auto record = ReadRecord(counters.records != 0 ? counters.records : kRecordsRound)) {
         text = Text(*record);
         return true;
     }
     if (GetErrorCode() == echKLRead) {
-        text = "not kept";  // counted all the same
+        text = "none";
         return true;
     }
     return false;
