@@ -1,7 +1,7 @@
 // One exchange over a tty, and beside it the null run: the same waits, the same calls and the same
 // bytes on the same tty without a driver.
 //
-//   exchange_bench BAUD TIMES
+//   exchange_bench BAUD TIMES EXCHANGE
 #include <fcntl.h>
 #include <poll.h>
 #include <termios.h>
@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <exception>
 #include <stdexcept>
 
@@ -144,8 +145,8 @@ void Measure(const Exchange& exchange, int tty, int baud, int times) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 3) {
-        std::fprintf(stderr, "usage: %s BAUD TIMES\n", argv[0]);
+    if (argc != 4) {
+        std::fprintf(stderr, "usage: %s BAUD TIMES EXCHANGE\n", argv[0]);
         return 2;
     }
     try {
@@ -154,7 +155,9 @@ int main(int argc, char** argv) {
         kvesk.ConnectDevice(kkm->Tty());
         const int tty = open(kkm->Tty().c_str(), O_RDWR | O_NOCTTY);
         for (const Exchange& exchange : Exchanges()) {
-            Measure(exchange, tty, baud, std::atoi(argv[2]));
+            if (std::strcmp(exchange.name, argv[3]) == 0) {
+                Measure(exchange, tty, baud, std::atoi(argv[2]));
+            }
         }
         close(tty);
         return 0;

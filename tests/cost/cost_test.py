@@ -18,12 +18,18 @@ import tempfile
 FIGURES = os.path.join(os.path.dirname(os.path.abspath(__file__)), "figures.txt")
 GROWTH = 1.03
 SKIPPED = 77
+# On a tty an answer may come late when the machine is busy, and the driver then asks again.
+ATTEMPTS = {"system": 4}
 # The C library chooses its string functions by the processor; figures must not depend on that.
-PLAIN_PROCESSOR = "glibc.cpu.hwcaps=-AVX2,-AVX,-AVX_Fast_Unaligned_Load,-AVX512F,-AVX512VL,-ERMS,-FSRM,-SSE4_2,-SSSE3"
+PLAIN_PROCESSOR = "glibc.cpu.hwcaps=-AVX2,-AVX,-AVX_Fast_Unaligned_Load,-AVX512F,-AVX512VL,-ERMS,-FSRM,-SSE4_2,-SSE4_1,-SSSE3"
 TRACE_WRITER = "TraceLogFile("
 
 
 class CannotMeasure(Exception):
+    pass
+
+
+class Failed(Exception):
     pass
 
 
@@ -38,7 +44,7 @@ def run(command, folder, **more):
         tracer_refused = command[0] == "strace" and "ptrace" in done.stderr.lower()
         if tracer_refused:
             raise CannotMeasure("this system lets nobody trace a process")
-        sys.exit(f"{' '.join(command)} gave {done.returncode}:\n{done.stderr}")
+        raise Failed(f"{' '.join(command)} gave {done.returncode}:\n{done.stderr}")
     return done.stdout
 
 
@@ -166,21 +172,13 @@ def compare(word, measure, measured):
             faults.append(f"{key[0]}: {key[1]} was {was:g} and is not there any more")
         elif now > was * GROWTH:
             faults.append(f"{key[0]}: {key[1]} grew from {was:g} to {now:g}")
-    for fault in faults:
-        print(fault)
     if faults:
-        sys.exit("the driver costs more; if it has to, update tests/cost/figures.txt (--update)")
+        raise Failed("\n".join(faults) + "\nthe driver costs more; if it has to, update "
+                     "tests/cost/figures.txt (--update)")
     print(f"{len(measured)} figures of {word}: none grew by more than 3 %")
 
 
-def main():
-    program, word, measure = sys.argv[1:4]
-    with tempfile.TemporaryDirectory() as folder:
-        try:
-            measured = MEASURES[measure](os.path.abspath(program), folder)
-        except CannotMeasure as reason:
-            print(f"skipped: {reason}")
-            sys.exit(SKIPPED)
+def use(measured, word, measure):
     if "--print" in sys.argv:
         for (scenario, name), figure in sorted(measured.items()):
             print(scenario, name, f"{figure:g}")
@@ -191,6 +189,23 @@ def main():
         write_figures(figures)
     else:
         compare(word, measure, measured)
+
+
+def main():
+    program, word, measure = sys.argv[1:4]
+    attempts = ATTEMPTS.get(measure, 1)
+    for attempt in range(1, attempts + 1):
+        with tempfile.TemporaryDirectory() as folder:
+            try:
+                use(MEASURES[measure](os.path.abspath(program), folder), word, measure)
+                return
+            except CannotMeasure as reason:
+                print(f"skipped: {reason}")
+                sys.exit(SKIPPED)
+            except Failed as failure:
+                print(failure)
+                if attempt == attempts:
+                    sys.exit(1)
 
 
 if __name__ == "__main__":

@@ -18,7 +18,7 @@ struct KeyedOutcome {
 std::string OutcomeName(int verdict);
 
 // One outcome with its evidence.
-void WriteOutcome(const KeyedOutcome& outcome, bool as_json, std::ostream& out);
+void WriteOutcome(const KeyedOutcome& row, bool as_json, std::ostream& out);
 
 // One line for each.
 void WriteOutcomesAsTable(const std::vector<KeyedOutcome>& outcomes, std::ostream& out);
