@@ -78,7 +78,7 @@ std::string Text(const TapeRecord& record);
 // Where a register stands: its counters and the record that its tape ends with.
 struct Mark {
     Counters counters;
-    std::string last_record;  // as Text() gives it; empty when the tape has none
+    std::string last_record;  // as Text() gives it; "none" when the tape has none
 };
 
 // Records of another check of this journal, known to be printed.
@@ -96,7 +96,7 @@ struct Evidence {
     std::optional<Counters> after;
     // Behind `after` no check was open at the register.
     bool nothing_open = false;
-    // The record that stood last before, read again; empty when there was none or it was not read.
+    // The record that stood last before, read again; empty when it was not read.
     std::string last_record_now;
     // From the record behind the last one before to the last one after, as far as they were read.
     std::vector<TapeRecord> records;

@@ -8,6 +8,8 @@ namespace kkmcheck {
 namespace {
 
 constexpr int kTries = 4;
+// The counter of records goes from one below to 0.
+constexpr int kRecordsRound = 65536;
 
 // One counter for each question, and the serial number last: an answer that belongs to another
 // question is noticed, for its length is another.
@@ -46,18 +48,15 @@ std::optional<TapeRecord> ReadRecord(int number) {
     return record;
 }
 
-// False when it could not be read. A tape without records has no last one.
-bool ReadLast(int records, std::string& text) {
-    text.clear();
-    if (records == 0) {
-        return true;
-    }
-    if (const auto record = ReadRecord(records)) {
+// False when it could not be read. A tape without records has no last one, unless their counter has
+// just gone round.
+bool ReadLast(const Counters& counters, std::string& text) {
+    if (const auto record = ReadRecord(counters.records != 0 ? counters.records : kRecordsRound)) {
         text = Text(*record);
         return true;
     }
     if (GetErrorCode() == echKLRead) {
-        text = "not kept";  // counted all the same
+        text = "none";
         return true;
     }
     return false;
@@ -66,7 +65,7 @@ bool ReadLast(int records, std::string& text) {
 std::optional<Mark> ReadMarkOnce() {
     const auto counters = ReadCounters();
     Mark mark;
-    if (!counters || !ReadLast(counters->records, mark.last_record)) {
+    if (!counters || !ReadLast(*counters, mark.last_record)) {
         return std::nullopt;
     }
     mark.counters = *counters;
@@ -81,11 +80,10 @@ std::optional<TapeReading> ReadTapeOnce(const Counters& before,
     }
     TapeReading reading;
     reading.counters = *counters;
-    if (counters->serial != before.serial || counters->tape != before.tape ||
-        counters->records < before.records) {
+    if (counters->tape != before.tape || counters->records < before.records) {
         return reading;
     }
-    if (!ReadLast(before.records, reading.last_record_before)) {
+    if (!ReadLast(before, reading.last_record_before)) {
         return std::nullopt;
     }
     for (int number = before.records + 1; number <= counters->records; ++number) {

@@ -201,6 +201,22 @@ def strike(till, point, resolve_struck=False):
     return status, reason
 
 
+def runs_out_of_time(till, point):
+    till.register.say("host")
+    status, output = till.print("--json", deadline=str(point["deadline"]))
+    judge(till, status, output)
+    return strike_later(till, status)
+
+
+def strike_later(till, status):
+    later, output = till.resolve()
+    reason = judge(till, later, output)
+    if later != status and status != UNKNOWN:
+        raise Wrong(f"{later} behind {status}")
+    finish(till, later)
+    return later, reason
+
+
 def with_two_strikes(till, point):
     return strike(till, point, resolve_struck=True)
 
@@ -302,6 +318,8 @@ def points(counts, dice):
                 yield "paper out", firmware, without_paper, {
                     "STRIKE": "host worker", "STRIKE_AT": at, "STRIKE_WHEN": "answered",
                     "then": then}
+        for tenths in range(2, 402, 4):
+            yield "deadline", firmware, runs_out_of_time, {"deadline": tenths / 10}
         for at in range(1, 60):
             for where in ("host", "worker"):
                 yield "disk full", firmware, full_disk, {"at": at, "where": where}

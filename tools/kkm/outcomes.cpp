@@ -125,8 +125,9 @@ void WriteOutcome(const KeyedOutcome& row, bool as_json, std::ostream& out) {
     std::vector<Figure> figures{
         TextFigure("", row.key, OutcomeName(outcome.outcome)),
         TextFigure("", "check",
-                   Known(outcome.line_count) + " lines, total " + MoneyText(outcome.total) +
-                       ", tried " + Known(outcome.attempts) +
+                   Known(outcome.line_count) +
+                       (outcome.line_count == 1 ? " line, total " : " lines, total ") +
+                       MoneyText(outcome.total) + ", tried " + Known(outcome.attempts) +
                        (outcome.attempts == 1 ? " time" : " times")),
         TextFigure(
             "", "before",

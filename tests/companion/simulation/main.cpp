@@ -197,6 +197,10 @@ int Replay(std::uint64_t seed) {
     std::printf("%s; firmware %d, %zu lines; kill %d at %u, disk full %u\n", story.kind.c_str(),
                 story.scenario.kkm.firmware, story.check.lines.size(), static_cast<int>(story.kill),
                 story.kill_at, story.disk_full);
+    std::printf("register: shift %s, checks %u, records %u, paper %s, %u lines open\n",
+                story.scenario.kkm.shift_open ? "open" : "closed", story.scenario.kkm.checks,
+                story.scenario.kkm.records, story.scenario.kkm.paper_out ? "out" : "in",
+                story.scenario.kkm.lines_in_open_check);
     for (const auto& fault : story.scenario.faults.faults) {
         std::printf("fault %s at %u (command %u, %u, %u)\n", NameOf(fault.kind).data(), fault.at,
                     fault.command, fault.a, fault.b);

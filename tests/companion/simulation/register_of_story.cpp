@@ -12,7 +12,6 @@ using virtual_register::SaleLine;
 
 namespace {
 
-constexpr auto kOurs = "OURS";
 constexpr auto kOther = "OTHER";
 
 SaleLine MakeLine(const char* name, std::uint32_t kopecks) {
