@@ -80,8 +80,7 @@ std::optional<TapeReading> ReadTapeOnce(const Counters& before,
     }
     TapeReading reading;
     reading.counters = *counters;
-    if (counters->serial != before.serial || counters->tape != before.tape ||
-        counters->records < before.records) {
+    if (counters->tape != before.tape || counters->records < before.records) {
         return reading;
     }
     if (!ReadLast(before, reading.last_record_before)) {

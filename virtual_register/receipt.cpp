@@ -10,7 +10,7 @@ namespace virtual_register {
 namespace {
 
 // The register's own words, turned into its code page once.
-struct Words {
+struct Labels {
     std::string register_number = to_cp866("КАССА ");
     std::string check = to_cp866("ЧЕК ");
     std::string copy = to_cp866("КОПИЯ");
@@ -33,8 +33,8 @@ struct Words {
     std::string service = to_cp866("СЛУЖЕБНЫЙ");
 };
 
-const Words& words() {
-    static const Words all;
+const Labels& words() {
+    static const Labels all;
     return all;
 }
 
@@ -118,7 +118,7 @@ void goods(const SaleLine& line, std::vector<PaperLine>& to) {
 }
 
 void payment(const PrintedCheck& check, std::vector<PaperLine>& to) {
-    const Words& word = words();
+    const Labels& word = words();
     if (check.discount_percent != 0) {
         const bool down = check.discount_percent < 0;
         two_sided(
@@ -152,7 +152,7 @@ std::string money(std::int64_t kopecks) {
 
 void compose_receipt(const PrintedCheck& check, const Memory& memory, bool copy,
                      std::vector<PaperLine>& to) {
-    const Words& word = words();
+    const Labels& word = words();
     title_rows(memory.header(), to);
     wrapped(word.register_number + std::string(without_padding(memory.serial())), to);
     two_sided(word.check + std::to_string(check.number), stamp(check.registered_at_s), to);
@@ -171,7 +171,7 @@ void compose_receipt(const PrintedCheck& check, const Memory& memory, bool copy,
 }
 
 void compose_shift_report(const Memory& memory, std::int64_t at_s, std::vector<PaperLine>& to) {
-    const Words& word = words();
+    const Labels& word = words();
     title_rows(memory.header(), to);
     wrapped(word.register_number + std::string(without_padding(memory.serial())), to);
     to.push_back(normal_line(word.report));

@@ -13,7 +13,7 @@ namespace {
 constexpr std::string_view kFormat = "tarvo-register recording ";
 constexpr std::string_view kVersion = "1";
 
-std::string stamp(std::int64_t at_us) {
+std::string seconds(std::int64_t at_us) {
     char text[40];
     std::snprintf(text, sizeof text, "%lld.%06lld", static_cast<long long>(at_us / 1000000),
                   static_cast<long long>(at_us % 1000000));
@@ -25,7 +25,7 @@ std::string hex(const FrameBytes& bytes) {
 }
 
 // "12.000250", in microseconds.
-std::int64_t to_us(const std::string& word) {
+std::int64_t us_of(const std::string& word) {
     long long seconds = 0;
     int us = 0;
     int end = 0;
@@ -81,7 +81,7 @@ class Reader {
             }
             return;
         }
-        const std::int64_t at_us = to_us(time);
+        const std::int64_t at_us = us_of(time);
         if (stream >> more) {
             throw RecordingError('"' + more + "\" is too much");
         }
@@ -153,12 +153,12 @@ std::string recording_head(int baud, const Memory& memory) {
 }
 
 std::string recorded_request(std::int64_t at_us, const Request& request) {
-    return stamp(at_us) + " -> " + hex(build_frame(request)) + "  ; " + describe(request) + '\n';
+    return seconds(at_us) + " -> " + hex(build_frame(request)) + "  ; " + describe(request) + '\n';
 }
 
 std::string recorded_answer(std::int64_t at_us, const FrameBytes& bytes,
                             const std::string& remark) {
-    return stamp(at_us) + " <- " + hex(bytes) + "  ; " + remark + '\n';
+    return seconds(at_us) + " <- " + hex(bytes) + "  ; " + remark + '\n';
 }
 
 }  // namespace virtual_register

@@ -17,7 +17,7 @@ std::string ManPage() {
     return page.str();
 }
 
-std::vector<std::string> Offered(std::vector<const char*> words) {
+std::vector<std::string> WordsBehind(std::vector<const char*> words) {
     words.insert(words.begin(), {"kkm", "--complete"});
     std::istringstream in;
     std::stringstream out;
@@ -33,11 +33,11 @@ std::vector<std::string> Offered(std::vector<const char*> words) {
 
 TEST(ManPage, TellsOfEveryCommandAndItsOptions) {
     const std::string page = ManPage();
-    const auto commands = Offered({""});
+    const auto commands = WordsBehind({""});
     EXPECT_GE(commands.size(), 15U);
     for (const std::string& command : commands) {
         EXPECT_THAT(page, testing::HasSubstr("Cm " + command)) << command;
-        for (const std::string& option : Offered({command.c_str(), "--"})) {
+        for (const std::string& option : WordsBehind({command.c_str(), "--"})) {
             EXPECT_THAT(page, testing::HasSubstr("Fl " + option.substr(1))) << command;
         }
     }

@@ -11,7 +11,7 @@ namespace virtual_register {
 namespace {
 
 // A plain linear congruence: the same run on every machine.
-class Dice {
+class Spoiler {
   public:
     std::size_t below(std::size_t limit) {
         state_ = state_ * 1664525U + 1013904223U;
@@ -23,12 +23,12 @@ class Dice {
 };
 
 // A few characters replaced, put in, taken out or repeated.
-std::string spoilt(std::string text, Dice& dice) {
+std::string spoilt(std::string text, Spoiler& spoiler) {
     constexpr std::string_view kCharacters = "0123456789ABCDEF -.#;\nxs\xFF";
-    for (std::size_t i = 0; i <= dice.below(3); ++i) {
-        const std::size_t at = dice.below(text.size());
-        const char character = kCharacters[dice.below(kCharacters.size())];
-        switch (dice.below(4)) {
+    for (std::size_t i = 0; i <= spoiler.below(3); ++i) {
+        const std::size_t at = spoiler.below(text.size());
+        const char character = kCharacters[spoiler.below(kCharacters.size())];
+        switch (spoiler.below(4)) {
             case 0:
                 text[at] = character;
                 break;
@@ -36,10 +36,10 @@ std::string spoilt(std::string text, Dice& dice) {
                 text.insert(at, 1, character);
                 break;
             case 2:
-                text.erase(at, 1 + dice.below(3));
+                text.erase(at, 1 + spoiler.below(3));
                 break;
             default:
-                text.insert(at, text.substr(dice.below(text.size()), dice.below(40)));
+                text.insert(at, text.substr(spoiler.below(text.size()), spoiler.below(40)));
                 break;
         }
     }
@@ -49,10 +49,10 @@ std::string spoilt(std::string text, Dice& dice) {
 // How many of so many spoilt texts are taken; the others must be refused by `Error`.
 template <typename Error, typename Take>
 int taken(const std::string& text, int times, Take take) {
-    Dice dice;
+    Spoiler spoiler;
     int good = 0;
     for (int i = 0; i < times; ++i) {
-        const std::string bad = spoilt(text, dice);
+        const std::string bad = spoilt(text, spoiler);
         try {
             take(bad);
             ++good;

@@ -5,7 +5,7 @@
 namespace kkm {
 namespace {
 
-using Words = std::vector<std::string>;
+using Candidates = std::vector<std::string>;
 
 bool BeginsWith(const std::string& word, const std::string& beginning) {
     return word.compare(0, beginning.size(), beginning) == 0;
@@ -33,7 +33,7 @@ const CLI::Option* OptionNamed(const CLI::App& app, const CLI::App* command,
 }
 
 // The words of a choice, of which the option's check says "{301,302}".
-Words ChoicesOf(const CLI::Option& option) {
+Candidates ChoicesOf(const CLI::Option& option) {
     const std::string text = option.get_type_name();
     const auto begin = text.find('{');
     const auto end = text.find('}');
@@ -43,7 +43,7 @@ Words ChoicesOf(const CLI::Option& option) {
     return CLI::detail::split(text.substr(begin + 1, end - begin - 1), ',');
 }
 
-void AddOptions(const CLI::App& app, Words& all) {
+void AddOptions(const CLI::App& app, Candidates& all) {
     for (const CLI::Option* option : app.get_options()) {
         for (const std::string& name : option->get_lnames()) {
             all.push_back("--" + name);
@@ -51,8 +51,8 @@ void AddOptions(const CLI::App& app, Words& all) {
     }
 }
 
-Words AllOf(const CLI::App& app, const CLI::App* command, bool options) {
-    Words all;
+Candidates AllOf(const CLI::App& app, const CLI::App* command, bool options) {
+    Candidates all;
     if (options) {
         if (command != nullptr) {
             AddOptions(*command, all);
@@ -70,7 +70,7 @@ Words AllOf(const CLI::App& app, const CLI::App* command, bool options) {
 
 }  // namespace
 
-Words Complete(const CLI::App& app, const Words& words) {
+std::vector<std::string> Complete(const CLI::App& app, const std::vector<std::string>& words) {
     const std::string last = words.empty() ? "" : words.back();
     const CLI::App* command = nullptr;
     const CLI::Option* asking = nullptr;  // for the value that comes next
@@ -86,7 +86,7 @@ Words Complete(const CLI::App& app, const Words& words) {
             command = CommandNamed(app, words[i]);
         }
     }
-    Words fitting;
+    Candidates fitting;
     for (const std::string& one :
          asking != nullptr ? ChoicesOf(*asking) : AllOf(app, command, BeginsWith(last, "-"))) {
         const bool twice = std::find(fitting.begin(), fitting.end(), one) != fitting.end();

@@ -22,7 +22,7 @@ namespace fs = std::filesystem;
 
 using Findings = std::vector<Finding>;
 
-std::string ErrorText(int error) {
+std::string SystemText(int error) {
     return std::generic_category().message(error);
 }
 
@@ -88,7 +88,7 @@ Findings ExamineOpening(const std::string& device, const struct stat& node) {
             return {{Grade::bad, "held_exclusively", "another program holds " + device + " alone",
                      "end that program: fuser -v " + device}};
         }
-        return {{Grade::bad, "cannot_open", device + " cannot be opened: " + ErrorText(error),
+        return {{Grade::bad, "cannot_open", device + " cannot be opened: " + SystemText(error),
                  "check the adapter and its cable; dmesg tells what the system saw"}};
     }
     termios line{};
@@ -124,7 +124,7 @@ void ExamineTraceFile(const fs::path& path, Findings& findings) {
     const int file = open(path.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC | O_NONBLOCK);
     if (file < 0) {
         findings.push_back({Grade::bad, "trace_not_writable",
-                            path.string() + " cannot be written: " + ErrorText(errno),
+                            path.string() + " cannot be written: " + SystemText(errno),
                             "give it to the user of the host program, or remove it"});
         return;
     }

@@ -9,7 +9,7 @@
 namespace kkm {
 namespace {
 
-constexpr double kHundredth = 0.01;
+constexpr double kKopeck = 0.01;
 
 class Teller {
   public:
@@ -260,7 +260,7 @@ void Teller::SaleLine(std::string_view rest) {
     StoryLine told;
     told.name = FromRegisterText(std::string(line.substr(0, line.find(" ;barcode = "))));
     told.quantity = std::string(Between(line, "; count = ", ";"));
-    told.price = static_cast<double>(NumberIn(Between(line, "; price = ", ";"))) * kHundredth;
+    told.price = static_cast<double>(NumberIn(Between(line, "; price = ", ";"))) * kKopeck;
     told.section = static_cast<int>(NumberIn(Between(line, "; section = ", ";")));
     Check().lines.push_back(told);
 }
@@ -284,7 +284,7 @@ void Teller::Type(std::string_view rest) {
 void Teller::Cash(std::string_view rest) {
     const long kopecks = NumberIn(LineOf(rest));
     if (kopecks != 0) {
-        Check().cash = static_cast<double>(kopecks) * kHundredth;
+        Check().cash = static_cast<double>(kopecks) * kKopeck;
     }
 }
 
