@@ -236,8 +236,11 @@ def full_disk(till, point):
     if status == 7:  # the key never came into the journal
         if till.receipts()[0] != 0:
             raise Wrong("printed without a journal")
+        finish(till, NOT_PRINTED)
         return NOT_PRINTED, "no_key"
-    return status, judge(till, status, output)
+    reason = judge(till, status, output)
+    finish(till, status)
+    return status, reason
 
 
 def cancels_and_sells(till):
