@@ -43,6 +43,8 @@ says() {
 
 echo '{"lines":[{"name":"Хлеб","price":25.5,"quantity":2}]}' >bread.json
 echo '{"lines":[{"name":"Хлеб","price":26,"quantity":2}]}' >dearer.json
+line='{"name":"Чай","price":1}'
+echo "{\"lines\":[$line,$line,$line,$line,$line]}" >long.json
 
 gives 5 outcome K
 says 'there is no journal'
@@ -73,18 +75,25 @@ says 'key,outcome,reason,attempts,total,lines,serial,tape,first_record,intended_
   'K,printed,on_tape,2,51.00,1,12345,1,1,'
 gives 0 journal --json
 says '"checks": ['
+# The deadline comes while the lines are being sent: the worker finishes behind it.
+echo host >&3
+gives 4 check long.json --key M --deadline 4
+says 'The check is still being worked on'
+gives 0 resolve M
+says 'M       printed' 'tried 1 time'
 # As a host that died behind the first line left it.
 python=$(command -v python3)
 "$python" -c 'import sqlite3, sys
 with sqlite3.connect(sys.argv[1]) as journal:
     journal.execute("""UPDATE attempts SET outcome = "unknown", stage = "sending",
-                       serial_number = 777 WHERE number = 2""")' "$KKM_JOURNAL"
+                       serial_number = 777 WHERE key = "K" AND number = 2""")' "$KKM_JOURNAL"
 gives 4 outcome K
 said=${said//$'\n'/ }
 says 'To look for: a check of 1 line, total 51.00, behind check 0 of tape 1 of register 777.'
 gives 4 resolve K
 says 'Another register is connected.'
 gives 4 resolve --all
+says 'other_register'
 gives 0 resolve K --seen printed
 says 'A person found the check on the paper.'
 gives 0 outcome K
