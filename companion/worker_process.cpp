@@ -84,6 +84,9 @@ pid_t Start(const WorkerTask& task, int output, int time_ms) {
     // In this order: the pipe may have the lock's place in the worker.
     posix_spawn_file_actions_adddup2(&files, output, STDOUT_FILENO);
     posix_spawn_file_actions_adddup2(&files, task.lock, kLockDescriptor);
+    // Nothing else of the host's: who reads a pipe of its would wait for the worker's end, too.
+    posix_spawn_file_actions_addopen(&files, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+    posix_spawn_file_actions_addclosefrom_np(&files, kLockDescriptor + 1);
     posix_spawnattr_t attributes;
     posix_spawnattr_init(&attributes);
     // Ctrl-C at the host's terminal must not end a check half-way.

@@ -48,7 +48,13 @@ echo "{\"lines\":[$line,$line,$line,$line,$line]}" >long.json
 
 gives 5 outcome K
 says 'there is no journal'
+gives 5 outcome K --journal other.journal
+says 'other.journal'
 gives 2 check bread.json --again
+gives 2 check bread.json --deadline 1
+gives 2 check bread.json --journal other.journal
+says '--journal requires --key'
+gives 2 check bread.json --key K --dry-run
 gives 3 check bread.json --key K --deadline 1
 says 'K       not printed' 'check   1 line, total 51.00' 'No line of the check was sent'
 gives 3 outcome K
@@ -77,7 +83,12 @@ gives 0 journal --json
 says '"checks": ['
 # The deadline comes while the lines are being sent: the worker finishes behind it.
 echo host >&3
+begin=${EPOCHREALTIME/[.,]/}
 gives 4 check long.json --key M --deadline 4
+[ $((${EPOCHREALTIME/[.,]/} - begin)) -lt 6000000 ] || {
+  echo 'who reads what kkm says waits for the worker'
+  failures=$((failures + 1))
+}
 says 'The check is still being worked on'
 gives 0 resolve M
 says 'M       printed' 'tried 1 time'

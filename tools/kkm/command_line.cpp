@@ -173,6 +173,9 @@ void CommandLine::AddCheck() {
             if (!journal_.key.empty()) {
                 return RunWithJournal(file);
             }
+            if (!journal_.path.empty()) {  // it would be printed unprotected
+                throw CLI::RequiresError("--journal", "--key");
+            }
             return RunCheck(address_, file, as_json_, streams_);
         },
         false);
@@ -199,9 +202,7 @@ void CommandLine::AddCheck() {
 }
 
 ExitStatus CommandLine::RunWithJournal(const CheckFile& file) {
-    if (journal_.path.empty()) {
-        throw CLI::RequiredError("--journal");
-    }
+    NameJournal(journal_);
     journal_.as_json = as_json_;
     return RunKeyedCheck(address_, file, journal_, streams_);
 }

@@ -1,19 +1,21 @@
 #include "kkm/journal_line.h"
 
+#include <cstdlib>
+
 namespace kkm {
 namespace {
 
 constexpr double kLongestDeadlineS = 86400;
 
-CLI::Option* AddPath(CLI::App& command, JournalOptions& options) {
-    return command
-        .add_option("--journal", options.path, "The till's journal; KKM_JOURNAL unless given")
-        ->type_name("FILE")
-        ->envname("KKM_JOURNAL");
+// The environment is asked later: CLI11 would let it overrule the command line, since the commands
+// share the path.
+void AddPath(CLI::App& command, JournalOptions& options) {
+    command.add_option("--journal", options.path, "The till's journal; KKM_JOURNAL unless given")
+        ->type_name("FILE");
 }
 
-void AddDeadline(CLI::App& command, JournalOptions& options) {
-    command
+CLI::Option* AddDeadline(CLI::App& command, JournalOptions& options) {
+    return command
         .add_option("--deadline", options.deadline_s, "Seconds after which the answer is unknown")
         ->type_name("S")
         ->check(CLI::Range(0.001, kLongestDeadlineS))
@@ -31,16 +33,28 @@ void AddKeyOptions(CLI::App& check, JournalOptions& options) {
         check.add_option("--key", options.key, "Print it once under this key, with a journal")
             ->type_name("K");
     AddPath(check, options);
-    AddDeadline(check, options);
+    AddDeadline(check, options)->needs(key);
+    key->excludes("--dry-run");
     check.add_flag("--again", options.again, "Try a key again that is not printed")->needs(key);
+}
+
+void NameJournal(JournalOptions& options) {
+    if (const char* const usual = std::getenv("KKM_JOURNAL"); options.path.empty() && usual) {
+        options.path = usual;
+    }
+    if (options.path.empty()) {
+        throw CLI::RequiredError("--journal");
+    }
 }
 
 void AddJournalCommands(const AddCommand& add, const Address& address, JournalOptions& options,
                         const std::function<void()>& require_register, Streams& streams) {
-    CLI::App* const outcome = add("outcome", "Tell what came of a check, from the journal",
-                                  [&] { return RunOutcome(options, streams); });
+    CLI::App* const outcome = add("outcome", "Tell what came of a check, from the journal", [&] {
+        NameJournal(options);
+        return RunOutcome(options, streams);
+    });
     AddKey(*outcome, options)->required();
-    AddPath(*outcome, options)->required();
+    AddPath(*outcome, options);
 
     CLI::App* const resolve =
         add("resolve", "Find out at the register what came of a check", [&, require_register] {
@@ -50,6 +64,7 @@ void AddJournalCommands(const AddCommand& add, const Address& address, JournalOp
             if (options.seen.empty()) {
                 require_register();
             }
+            NameJournal(options);
             return RunResolve(address, options, streams);
         });
     CLI::Option* const key = AddKey(*resolve, options);
@@ -61,12 +76,15 @@ void AddJournalCommands(const AddCommand& add, const Address& address, JournalOp
         ->excludes(all)
         ->needs(key);
     resolve->add_flag("--csv", options.csv, "With --all, write comma-separated values");
-    AddPath(*resolve, options)->required();
+    AddPath(*resolve, options);
     AddDeadline(*resolve, options);
 
-    CLI::App* const journal = add("journal", "Show all checks of a journal and their outcomes",
-                                  [&] { return RunJournal(options, streams); });
-    AddPath(*journal, options)->required();
+    CLI::App* const journal =
+        add("journal", "Show all checks of a journal and their outcomes", [&] {
+            NameJournal(options);
+            return RunJournal(options, streams);
+        });
+    AddPath(*journal, options);
     journal->add_flag("--csv", options.csv, "Write comma-separated values");
 }
 

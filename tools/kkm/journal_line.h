@@ -14,6 +14,9 @@ using AddCommand =
 
 // --key and its fellows of the command that prints checks.
 void AddKeyOptions(CLI::App& check, JournalOptions& options);
+// Takes the journal that KKM_JOURNAL names where the command line names none. Throws when neither
+// does.
+void NameJournal(JournalOptions& options);
 // outcome, resolve and journal. `require_register` throws when no register was named.
 void AddJournalCommands(const AddCommand& add, const Address& address, JournalOptions& options,
                         const std::function<void()>& require_register, Streams& streams);
