@@ -1,7 +1,10 @@
 #include "companion/till.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <utility>
+
+#include "companion/file_identity.h"
 
 namespace kkmcheck {
 namespace {
@@ -11,10 +14,25 @@ Attempt StillWorking(Attempt attempt) {
     return attempt;
 }
 
+// A journal whose lock is there was there, too. A new one in its place would forget every key.
+const std::string& NotLost(const std::string& journal) {
+    std::error_code none;
+    const auto size = std::filesystem::file_size(journal, none);
+    if ((none || size == 0) && IdentityOf(LockPath(journal))) {
+        throw JournalFailure(
+            "the journal " + journal + " is gone, but " + LockPath(journal) +
+            " is there: restore the journal, or remove the lock file to begin anew");
+    }
+    return journal;
+}
+
 }  // namespace
 
 Till::Till(const std::string& journal, std::string device)
-    : path_(journal), device_(std::move(device)), journal_(journal, Journal::Opening::create) {}
+    : device_(std::move(device)), journal_(NotLost(journal), Journal::Opening::create) {
+    // One name for journal, lock and worker, whatever links lead there and wherever the host goes.
+    path_ = std::filesystem::canonical(journal);
+}
 
 void Till::RequireDevice() const {
     if (device_.empty()) {

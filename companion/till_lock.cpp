@@ -8,6 +8,7 @@
 #include <cstring>
 #include <ctime>
 
+#include "companion/file_identity.h"
 #include "companion/register_session.h"
 
 namespace kkmcheck {
@@ -18,27 +19,44 @@ constexpr mode_t kRights = 0666;
 
 }  // namespace
 
-TillLock::TillLock(const std::string& journal_path) {
-    const std::string path = journal_path + ".lock";
-    descriptor_ = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kRights);
-    if (descriptor_ < 0) {
-        throw JournalFailure("the lock file " + path + ": " + std::strerror(errno));
-    }
+std::string LockPath(const std::string& journal_path) {
+    return journal_path + ".lock";
+}
+
+TillLock::TillLock(const std::string& journal_path) : path_(LockPath(journal_path)) {
+    Open();
 }
 
 TillLock::~TillLock() {
     ::close(descriptor_);
 }
 
-bool TillLock::Take(const Deadline& deadline) {
-    while (::flock(descriptor_, LOCK_EX | LOCK_NB) != 0) {
-        if (deadline.Left() == 0) {
-            return false;
-        }
-        const timespec pause{0, kPauseNs};
-        ::nanosleep(&pause, nullptr);
+void TillLock::Open() {
+    const int descriptor = ::open(path_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kRights);
+    if (descriptor < 0) {
+        throw JournalFailure("the lock file " + path_ + ": " + std::strerror(errno));
     }
-    return true;
+    if (descriptor_ >= 0) {
+        ::close(descriptor_);
+    }
+    descriptor_ = descriptor;
+}
+
+bool TillLock::Take(const Deadline& deadline) {
+    for (;;) {
+        if (::flock(descriptor_, LOCK_EX | LOCK_NB) != 0) {
+            if (deadline.Left() == 0) {
+                return false;
+            }
+            const timespec pause{0, kPauseNs};
+            ::nanosleep(&pause, nullptr);
+        } else if (IdentityOf(path_) == IdentityOf(descriptor_)) {
+            return true;
+        } else {
+            Open();  // somebody removed the file: the lock of a file without a name locks nobody
+                     // out
+        }
+    }
 }
 
 }  // namespace kkmcheck

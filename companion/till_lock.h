@@ -7,6 +7,8 @@
 
 namespace kkmcheck {
 
+std::string LockPath(const std::string& journal_path);
+
 // A file beside the journal. A worker inherits the lock and keeps it as long as it lives, whatever
 // becomes of the process that started it.
 class TillLock {
@@ -22,6 +24,9 @@ class TillLock {
     int descriptor() const { return descriptor_; }
 
   private:
+    void Open();
+
+    std::string path_;
     int descriptor_ = -1;
 };
 

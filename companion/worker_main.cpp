@@ -10,8 +10,10 @@
 #include <string>
 
 #include "companion/deadline.h"
+#include "companion/file_identity.h"
 #include "companion/journal.h"
 #include "companion/register_session.h"
+#include "companion/till_lock.h"
 #include "companion/worker_process.h"
 
 namespace kkmcheck {
@@ -60,6 +62,29 @@ void Report(const WorkerReport& report) {
     }
 }
 
+// A record that nobody would find again, or a lock that locks nobody out: nothing may be sent then.
+class GuardedLog final : public AttemptLog {
+  public:
+    GuardedLog(AttemptLog& log, std::string journal)
+        : log_(log), journal_(std::move(journal)), opened_(IdentityOf(journal_)) {}
+    void Counted(const Mark& mark, int firmware) override { log_.Counted(mark, firmware); }
+    void Sending(const Mark& mark) override {
+        if (IdentityOf(journal_) != opened_) {
+            throw JournalFailure("the journal was removed or replaced");
+        }
+        if (IdentityOf(LockPath(journal_)) != IdentityOf(kLockDescriptor)) {
+            throw JournalFailure("the lock file was removed or replaced");
+        }
+        log_.Sending(mark);
+    }
+    void Returned(int result, int error) override { log_.Returned(result, error); }
+
+  private:
+    AttemptLog& log_;
+    std::string journal_;
+    std::optional<FileIdentity> opened_;
+};
+
 struct Task {
     bool prints;
     const char* journal;
@@ -91,7 +116,8 @@ void Work(const Task& task) {
     conditions.sending_begins = [] { sending = 1; };
     conditions.abandon = [] { _exit(kAbandoned); };
     RegisterSession session(task.device, conditions);
-    JournalLog log(journal, attempt->id);
+    JournalLog rows(journal, attempt->id);
+    GuardedLog log(rows, task.journal);
     WorkerReport report;
     report.verdict = task.prints ? session.Print(*check, evidence, log) : session.Resolve(evidence);
     report.driver_error = session.driver_error();

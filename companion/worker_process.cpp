@@ -19,7 +19,6 @@ extern char** environ;
 namespace kkmcheck {
 namespace {
 
-constexpr int kLockDescriptor = 3;
 // A worker gives up a little before the host does, so that the host sees its end.
 constexpr int kMarginMs = 150;
 
@@ -46,6 +45,24 @@ std::string WorkerPath() {
     }
     throw std::runtime_error("kkmcheck-worker is not beside the library in " + folder);
 }
+
+// A descriptor above those that the worker's own files take.
+class HighDescriptor {
+  public:
+    explicit HighDescriptor(int descriptor)
+        : descriptor_(::fcntl(descriptor, F_DUPFD_CLOEXEC, kLockDescriptor + 1)) {
+        if (descriptor_ < 0) {
+            throw std::runtime_error(std::string("no descriptor: ") + std::strerror(errno));
+        }
+    }
+    ~HighDescriptor() { ::close(descriptor_); }
+    HighDescriptor(const HighDescriptor&) = delete;
+    HighDescriptor& operator=(const HighDescriptor&) = delete;
+    int get() const { return descriptor_; }
+
+  private:
+    int descriptor_;
+};
 
 struct Pipe {
     int ends[2] = {-1, -1};
@@ -78,12 +95,13 @@ pid_t Start(const WorkerTask& task, int output, int time_ms) {
         arguments.push_back(word.data());
     }
     arguments.push_back(nullptr);
+    const HighDescriptor high_output(output);
+    const HighDescriptor high_lock(task.lock);
     posix_spawn_file_actions_t files;
     posix_spawn_file_actions_init(&files);
     posix_spawn_file_actions_addopen(&files, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-    // In this order: the pipe may have the lock's place in the worker.
-    posix_spawn_file_actions_adddup2(&files, output, STDOUT_FILENO);
-    posix_spawn_file_actions_adddup2(&files, task.lock, kLockDescriptor);
+    posix_spawn_file_actions_adddup2(&files, high_output.get(), STDOUT_FILENO);
+    posix_spawn_file_actions_adddup2(&files, high_lock.get(), kLockDescriptor);
     // Nothing else of the host's: who reads a pipe of its would wait for the worker's end, too.
     posix_spawn_file_actions_addopen(&files, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
     posix_spawn_file_actions_addclosefrom_np(&files, kLockDescriptor + 1);

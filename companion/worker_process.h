@@ -13,6 +13,9 @@
 
 namespace kkmcheck {
 
+// Where a worker finds the lock that it holds.
+constexpr int kLockDescriptor = 3;
+
 // What a worker says when it has decided.
 struct WorkerReport {
     Verdict verdict;

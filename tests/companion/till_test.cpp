@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstdlib>
 
@@ -132,6 +133,45 @@ TEST_F(TillTest, WhatBrokeOffBehindItIsResolvedAndNotPrintedAnew) {
     EXPECT_EQ(attempt.outcome, Outcome::printed);
     EXPECT_EQ(attempt.first_record, 40);
     EXPECT_EQ(till.Recorded("K").outcome, Outcome::unknown) << "the journal did not take it";
+}
+
+TEST_F(TillTest, LinksLeadToOneLock) {
+    Open();
+    ASSERT_EQ(symlink(folder_.Path("till.journal").c_str(), folder_.Path("link").c_str()), 0);
+    TillLock held(folder_.Path("till.journal"));
+    ASSERT_TRUE(held.Take(Deadline(0)));
+    Till through_link(folder_.Path("link"), "/dev/ttyS0");
+    EXPECT_EQ(WhyOf([&] { through_link.Print("K", bread_, false, Deadline(1)); }),
+              Refusal::Why::busy);
+}
+
+TEST_F(TillTest, LockFileThatWasRemovedIsMadeAnew) {
+    TillLock first(folder_.Path("till.journal"));
+    TillLock second(folder_.Path("till.journal"));
+    ASSERT_EQ(unlink(folder_.Path("till.journal.lock").c_str()), 0);
+    EXPECT_TRUE(second.Take(Deadline(0)));
+    EXPECT_FALSE(first.Take(Deadline(1)));
+}
+
+TEST_F(TillTest, JournalThatIsGoneIsNotBegunAnewWhileItsLockIsThere) {
+    WorkerDoes("exit 0");
+    Open().Print("K", bread_, false, Deadline(kAmpleMs));
+    ASSERT_EQ(unlink(folder_.Path("till.journal").c_str()), 0);
+    EXPECT_THROW(Open(), JournalFailure);
+    ASSERT_EQ(unlink(folder_.Path("till.journal.lock").c_str()), 0);
+    EXPECT_NO_THROW(Open());
+}
+
+// Whatever of its first descriptors the host has closed.
+TEST_F(TillTest, WorkerHasTheLockAndItsOwnFilesOnly) {
+    WorkerDoes("readlink /proc/$$/fd/3 >lock");
+    Till till = Open();
+    const int input = dup(STDIN_FILENO);
+    close(STDIN_FILENO);
+    till.Print("K", bread_, false, Deadline(kAmpleMs));
+    dup2(input, STDIN_FILENO);
+    close(input);
+    EXPECT_EQ(folder_.Content("lock"), folder_.Path("till.journal.lock") + "\n");
 }
 
 TEST_F(TillTest, APersonMayDecideWhatIsUnknown) {
