@@ -10,6 +10,7 @@
 #include "kkm/dump_command.h"
 #include "kkm/explain.h"
 #include "kkm/journal_line.h"
+#include "kkm/open_check.h"
 #include "kkm/query_commands.h"
 #include "kkm/run_command.h"
 #include "kkm/service_commands.h"
@@ -95,6 +96,8 @@ class CommandLine {
     CLI::App* Add(const std::string& name, const std::string& about,
                   std::function<ExitStatus()> run, bool needs_register = true);
     void AddCheck();
+    CLI::App* AddReading(const std::string& name, const std::string& about,
+                         std::function<ExitStatus()> run);
     void AddQueries();
     void AddDump();
     void AddServices();
@@ -206,14 +209,25 @@ ExitStatus CommandLine::RunWithJournal(const CheckFile& file) {
     return RunKeyedCheck(address_, file, journal_, streams_);
 }
 
+// Asking for figures must not print what a cashier has not finished.
+CLI::App* CommandLine::AddReading(const std::string& name, const std::string& about,
+                                  std::function<ExitStatus()> run) {
+    return Add(name, about, [this, run = std::move(run)] {
+        if (const auto open = OpenCheckAt(address_)) {
+            return ReportOpenCheck(*open, as_json_, streams_);
+        }
+        return run();
+    });
+}
+
 void CommandLine::AddQueries() {
     Add("status", "Show state, firmware, serial number, shift and counters",
         [this] { return RunStatus(address_, as_json_, streams_); });
-    Add("counters", "Show the counters, the grand total and the cash",
-        [this] { return RunCounters(address_, as_json_, streams_); });
-    Add("taxes", "Show the settings of the taxes",
-        [this] { return RunTaxes(address_, as_json_, streams_); });
-    CLI::App* const tape = Add("tape", "Show the records of the control tape", [this] {
+    AddReading("counters", "Show the counters, the grand total and the cash",
+               [this] { return RunCounters(address_, as_json_, streams_); });
+    AddReading("taxes", "Show the settings of the taxes",
+               [this] { return RunTaxes(address_, as_json_, streams_); });
+    CLI::App* const tape = AddReading("tape", "Show the records of the control tape", [this] {
         const TapeFormat format = csv_       ? TapeFormat::csv
                                   : as_json_ ? TapeFormat::json
                                              : TapeFormat::table;
