@@ -155,6 +155,28 @@ TEST_F(CommandsTest, StatusStillShowsTheStateOfAnOpenCheck) {
                 testing::StartsWith("{\n  \"error\": {\n    \"what\": \"a check is open"));
 }
 
+TEST_F(CommandsTest, WatchOfADeviceThatIsNotThereEnds) {
+    EXPECT_EQ(Kkm({"--device", "/nowhere/tty", "watch"}), 6);
+    EXPECT_EQ(out.str(), "");
+    EXPECT_EQ(err.str(), "kkm: /nowhere/tty: No such file or directory\n");
+}
+
+TEST_F(CommandsTest, TapeThatEndsBeforeItBeginsIsAWrongCommandLine) {
+    EXPECT_EQ(Kkm({"--port", "1", "tape", "--from", "5", "--to", "2"}), 2);
+    EXPECT_EQ(out.str(), "");
+    EXPECT_EQ(err.str(), "kkm: --to: is before --from (kkm --help tells more)\n");
+    EXPECT_THAT(library.calls, ElementsAre());
+}
+
+TEST_F(CommandsTest, WordThatIsNoCommandIsNamed) {
+    EXPECT_EQ(Kkm({"bogus"}), 2);
+    EXPECT_THAT(err.str(), testing::StartsWith("kkm: there is no command bogus "));
+    EXPECT_EQ(Kkm({"--port", "1", "bogus"}), 2);
+    EXPECT_THAT(err.str(), testing::StartsWith("kkm: there is no command bogus "));
+    EXPECT_EQ(Kkm({}), 2);
+    EXPECT_THAT(err.str(), HasSubstr("subcommand is required"));
+}
+
 TEST_F(CommandsTest, DryRunShowsTheReceiptAndTouchesNoRegister) {
     const std::string name(40, 'x');
     const std::string check = R"({"lines": [{"name": "Сыр «А»", "price": 2, "quantity": 1.5},)"

@@ -52,6 +52,7 @@ Exit status:
   9    a figure could not be read
   10   doctor found something to mend
   125  run could not give the program its device; 126, 127 could not start it
+  130  Ctrl-C while check waited for the cashier; nothing was printed
 )";
 
 constexpr auto kWhichRegister =
@@ -228,6 +229,9 @@ void CommandLine::AddQueries() {
     AddReading("taxes", "Show the settings of the taxes",
                [this] { return RunTaxes(address_, as_json_, streams_); });
     CLI::App* const tape = AddReading("tape", "Show the records of the control tape", [this] {
+        if (range_.to && *range_.to < range_.from) {
+            throw CLI::ValidationError("--to", "is before --from");
+        }
         const TapeFormat format = csv_       ? TapeFormat::csv
                                   : as_json_ ? TapeFormat::json
                                              : TapeFormat::table;
@@ -359,7 +363,10 @@ ExitStatus Run(int argc, const char* const* argv, Streams& streams) {
                 line.app().exit(e, streams.out, streams.err);
                 return ExitStatus::done;
             }
-            streams.err << "kkm: " << e.what() << " (kkm --help tells more)" << std::endl;
+            const auto words = line.app().remaining();
+            const bool misspelt = line.app().get_subcommands().empty() && !words.empty();
+            streams.err << "kkm: " << (misspelt ? "there is no command " + words.front() : e.what())
+                        << " (kkm --help tells more)" << std::endl;
             return ExitStatus::usage;
         }
     } catch (const CheckFileError& e) {
