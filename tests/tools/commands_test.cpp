@@ -123,6 +123,60 @@ TEST_F(CommandsTest, WatchWritesWhatChanges) {
     EXPECT_EQ(Kkm({"--port", "1", "watch", "--looks", "1"}), 6);
 }
 
+// The driver resets the register's state when it leaves, and the check would come out.
+TEST_F(CommandsTest, ReadingLeavesAnOpenCheckAlone) {
+    for (const int state : {0xC8, 0xC9, 0xCA}) {
+        for (const char* command : {"status", "counters", "taxes", "tape"}) {
+            library.Reset();
+            library.looks = {{{9600, state, {}}, RegisterCounters{1, 30, 57}}};
+            EXPECT_EQ(Kkm({"--port", "1", command}), 7) << command;
+            EXPECT_THAT(library.calls, ElementsAre()) << command;
+            EXPECT_THAT(err.str(), HasSubstr("kkm: a check is open at the register (0xC"));
+            EXPECT_THAT(err.str(), HasSubstr("let the cashier finish or cancel the check"));
+        }
+    }
+    library.looks = {{{9600, 0xC6, {}}, RegisterCounters{1, 30, 57}}};
+    EXPECT_EQ(Kkm({"--port", "1", "counters"}), 0);
+}
+
+TEST_F(CommandsTest, StatusStillShowsTheStateOfAnOpenCheck) {
+    const RegisterLook closing{{9600, 0xC9, {0, 1, 0, 9, 2, 6}}, RegisterCounters{1, 30, 57}};
+    library.looks = {closing};
+    EXPECT_EQ(Kkm({"--port", "1", "status"}), 7);
+    EXPECT_THAT(out.str(), HasSubstr("0xC9 ks_discount: is taking a discount\n"));
+    EXPECT_THAT(out.str(), EndsWith("control tape  1\nchecks        30\n"));
+    library.looks = {closing};
+    EXPECT_EQ(Kkm({"--port", "1", "status", "--json"}), 7);
+    EXPECT_THAT(out.str(), HasSubstr("\"state\": \"ks_discount\",\n"));
+    EXPECT_THAT(out.str(), HasSubstr("\"exit_status\": 7\n"));
+    library.looks = {closing};
+    EXPECT_EQ(Kkm({"--port", "1", "tape", "--json"}), 7);
+    EXPECT_THAT(out.str(),
+                testing::StartsWith("{\n  \"error\": {\n    \"what\": \"a check is open"));
+}
+
+TEST_F(CommandsTest, WatchOfADeviceThatIsNotThereEnds) {
+    EXPECT_EQ(Kkm({"--device", "/nowhere/tty", "watch"}), 6);
+    EXPECT_EQ(out.str(), "");
+    EXPECT_EQ(err.str(), "kkm: /nowhere/tty: No such file or directory\n");
+}
+
+TEST_F(CommandsTest, TapeThatEndsBeforeItBeginsIsAWrongCommandLine) {
+    EXPECT_EQ(Kkm({"--port", "1", "tape", "--from", "5", "--to", "2"}), 2);
+    EXPECT_EQ(out.str(), "");
+    EXPECT_EQ(err.str(), "kkm: --to: is before --from (kkm --help tells more)\n");
+    EXPECT_THAT(library.calls, ElementsAre());
+}
+
+TEST_F(CommandsTest, WordThatIsNoCommandIsNamed) {
+    EXPECT_EQ(Kkm({"bogus"}), 2);
+    EXPECT_THAT(err.str(), testing::StartsWith("kkm: there is no command bogus "));
+    EXPECT_EQ(Kkm({"--port", "1", "bogus"}), 2);
+    EXPECT_THAT(err.str(), testing::StartsWith("kkm: there is no command bogus "));
+    EXPECT_EQ(Kkm({}), 2);
+    EXPECT_THAT(err.str(), HasSubstr("subcommand is required"));
+}
+
 TEST_F(CommandsTest, DryRunShowsTheReceiptAndTouchesNoRegister) {
     const std::string name(40, 'x');
     const std::string check = R"({"lines": [{"name": "Сыр «А»", "price": 2, "quantity": 1.5},)"

@@ -23,7 +23,9 @@ std::vector<std::string> KeysOf(const std::vector<Finding>& findings) {
     std::vector<std::string> keys;
     for (const Finding& finding : findings) {
         EXPECT_EQ(finding.advice.empty(), finding.grade == Grade::good) << finding.key;
-        keys.push_back(finding.key);
+        if (finding.key != "holders_hidden") {  // depends on who runs the tests
+            keys.push_back(finding.key);
+        }
     }
     return keys;
 }
@@ -76,12 +78,6 @@ TEST(DoctorDevice, FileThatIsNoDevice) {
     EXPECT_THAT(KeysOf(ExamineDevice("file")), ElementsAre("not_a_serial_line"));
 }
 
-TEST(DoctorDevice, DeviceThatIsNoSerialLine) {
-    const auto findings = ExamineDevice("/dev/null");
-    ASSERT_FALSE(findings.empty());
-    EXPECT_EQ(findings.front().key, "not_a_serial_line");
-}
-
 TEST(DoctorDevice, NoPermission) {
     const Tty tty;
     ASSERT_EQ(chmod(tty.name().c_str(), 0), 0);
@@ -89,26 +85,72 @@ TEST(DoctorDevice, NoPermission) {
     EXPECT_THAT(KeysOf(ExamineDevice(tty.name())), ElementsAre("no_permission"));
 }
 
+TEST(DoctorDevice, NoPermissionThatAGroupCouldGive) {
+    const Tty tty;
+    ASSERT_EQ(chmod(tty.name().c_str(), 0600), 0);
+    const Nobody nobody;
+    const auto findings = ExamineDevice(tty.name());
+    if (geteuid() == 65534) {  // else the owner may open it
+        ASSERT_THAT(KeysOf(findings), ElementsAre("no_permission"));
+        EXPECT_THAT(findings[0].what, testing::HasSubstr(", which has mode 600 and belongs to "));
+        EXPECT_THAT(findings[0].advice, testing::HasSubstr("udev rule"));
+    }
+}
+
+// Another process with the file open.
+class Holder {
+  public:
+    explicit Holder(const Tty& tty, const char* file) {
+        int ready[2];
+        EXPECT_EQ(pipe(ready), 0);
+        process_ = fork();
+        if (process_ == 0) {
+            close(tty.master());
+            const bool open_there = open(file, O_RDWR | O_NOCTTY) >= 0;
+            if (write(ready[1], &open_there, 1) == 1) {
+                pause();
+            }
+            _exit(0);
+        }
+        char byte = 0;
+        EXPECT_EQ(read(ready[0], &byte, 1), 1);
+        close(ready[0]);
+        close(ready[1]);
+    }
+    ~Holder() {
+        kill(process_, SIGKILL);
+        waitpid(process_, nullptr, 0);
+    }
+    Holder(const Holder&) = delete;
+    Holder& operator=(const Holder&) = delete;
+
+  private:
+    pid_t process_ = -1;
+};
+
 TEST(DoctorDevice, AnotherHolder) {
     const Tty tty;
-    int ready[2];
-    ASSERT_EQ(pipe(ready), 0);
-    const pid_t holder = fork();
-    if (holder == 0) {
-        close(tty.master());
-        const bool open_there = open(tty.name().c_str(), O_RDWR | O_NOCTTY) >= 0;
-        if (write(ready[1], &open_there, 1) == 1) {
-            pause();
-        }
-        _exit(0);
-    }
-    char byte = 0;
-    ASSERT_EQ(read(ready[0], &byte, 1), 1);
+    const Holder holder(tty, tty.name().c_str());
     EXPECT_THAT(KeysOf(ExamineDevice(tty.name())), ElementsAre("device", "held_by_another"));
-    kill(holder, SIGKILL);
-    waitpid(holder, nullptr, 0);
-    close(ready[0]);
-    close(ready[1]);
+}
+
+TEST(DoctorDevice, NobodyIsToEndWhatUsesADeviceThatIsNoSerialLine) {
+    const Tty tty;
+    const Holder holder(tty, "/dev/null");
+    EXPECT_THAT(KeysOf(ExamineDevice("/dev/null")), ElementsAre("not_a_serial_line"));
+}
+
+TEST(DoctorDevice, ProcessesThatCannotBeLookedAtAreTold) {
+    const Tty tty;
+    ASSERT_EQ(chmod(tty.name().c_str(), 0666), 0);
+    const Nobody nobody;
+    std::error_code error;
+    const std::filesystem::directory_iterator first("/proc/1/fd", error);
+    if (!error) {
+        GTEST_SKIP() << "the first process is this user's own";
+    }
+    const auto findings = ExamineDevice(tty.name());
+    EXPECT_THAT(findings, testing::Contains(testing::Field(&Finding::key, "holders_hidden")));
 }
 
 TEST(DoctorDevice, AdapterThatKeepsBytesBack) {
@@ -118,7 +160,7 @@ TEST(DoctorDevice, AdapterThatKeepsBytesBack) {
     std::filesystem::create_directories(adapter);
     std::ofstream(adapter / "latency_timer") << "16\n";
     const auto findings = ExamineDevice(tty.name(), ".");
-    EXPECT_THAT(KeysOf(findings), ElementsAre("device", "adapter_latency"));
+    ASSERT_THAT(KeysOf(findings), ElementsAre("device", "adapter_latency"));
     EXPECT_EQ(findings.back().what, "the adapter keeps received bytes back for up to 16 ms");
     std::ofstream(adapter / "latency_timer") << "1\n";
     EXPECT_THAT(KeysOf(ExamineDevice(tty.name(), ".")), ElementsAre("device"));

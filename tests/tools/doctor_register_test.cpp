@@ -197,6 +197,22 @@ TEST(DoctorRegister, UnknownFirmware) {
     EXPECT_EQ(findings[1].what, "the driver does not know this firmware (2.99)");
 }
 
+TEST(DoctorRegister, FirmwareIsNamedAsTheDriverNamesIt) {
+    const std::pair<Bytes, const char*> versions[] = {
+        {{0x00, 0x05, 0x07, 0xB4, 0x02, 0x0B, 0xC8}, "firmware 301"},
+        {{0x00, 0x05, 0x07, 0xB4, 0x03, 0x04, 0xC2}, "firmware 400"},
+        {{0x00, 0x05, 0x07, 0xB4, 0x03, 0x0C, 0xCA}, "firmware 310"},
+    };
+    for (const auto& [version, text] : versions) {
+        const StagedRegister staged([&version = version](std::uint8_t command, int, speed_t) {
+            return Answer{{0, command == kStatus ? kIdle : version}};
+        });
+        const auto findings = ExamineRegister(staged.device());
+        ASSERT_GE(findings.size(), 2U);
+        EXPECT_EQ(findings[1].what, text);
+    }
+}
+
 TEST(DoctorRegister, AnotherDeviceThatSpeaksInFrames) {
     const StagedRegister staged([](std::uint8_t, int, speed_t) { return Answer{{0, kIdle}}; });
     EXPECT_THAT(KeysOf(ExamineRegister(staged.device())), ElementsAre("answer", "wrong_answer"));
@@ -206,14 +222,18 @@ TEST(DoctorRegister, StatesThatNeedAHand) {
     const std::pair<Bytes, const char*> states[] = {
         {{0x00, 0x03, 0x07, 0xCE, 0xD5}, "keyboard_locked"},
         {{0x00, 0x03, 0x07, 0xC8, 0xCF}, "check_open"},
+        {{0x00, 0x03, 0x07, 0xC9, 0xD0}, "check_open"},
+        {{0x00, 0x03, 0x07, 0xCA, 0xD1}, "check_open"},
         {{0x00, 0x03, 0x07, 0xCC, 0xD3}, "shift_closed"},
     };
     for (const auto& [status, key] : states) {
         const StagedRegister staged([&status = status](std::uint8_t command, int, speed_t) {
             return Answer{{0, command == kStatus ? status : kVersion302}};
         });
-        EXPECT_THAT(KeysOf(ExamineRegister(staged.device())),
+        const auto findings = ExamineRegister(staged.device());
+        EXPECT_THAT(KeysOf(findings),
                     ElementsAre("answer", "firmware", "first_byte", StartsWith("gap"), key));
+        EXPECT_EQ(findings.back().grade == Grade::bad, key == std::string("check_open"));
     }
 }
 

@@ -45,7 +45,8 @@ TEST(ManPage, TellsOfEveryCommandAndItsOptions) {
 
 TEST(ManPage, TellsEveryExitStatus) {
     const std::string page = ManPage();
-    for (const char* status : {"0", "1", "2", "3", "4", "5", "6", "7", "8", "9", "10", "125"}) {
+    for (const char* status :
+         {"0", "1", "2", "3", "4", "5", "6", "7", "8", "9", "10", "125", "130"}) {
         EXPECT_THAT(page, testing::HasSubstr("\n.It " + std::string(status) + "\n"));
     }
 }

@@ -106,6 +106,22 @@ TEST_F(ProgramTest, WatchSeesWithoutTouching) {
     EXPECT_EQ(std::count(output.begin(), output.end(), '\n'), 1);
 }
 
+TEST_F(ProgramTest, WatchThatIsInterruptedEndsWell) {
+    const RegisterProcess kassa({});
+    EXPECT_EQ(Sh("timeout --foreground --preserve-status -s INT 1 " KKM_PROGRAM " --device " +
+                 kassa.Tty() + " watch --interval 60000"),
+              0);
+    EXPECT_THAT(output, HasSubstr("0xCB ks_kkmon"));
+}
+
+TEST_F(ProgramTest, WaitingForTheCashierIsInterruptedWithStatus130) {
+    const RegisterProcess kassa({});
+    EXPECT_EQ(
+        Sh("sh -c 'timeout --foreground --preserve-status -s INT 2 " KKM_PROGRAM " --device " +
+           kassa.Tty() + " " + kCheckExample + "; exit $?'"),
+        130);
+}
+
 TEST_F(ProgramTest, ShellCompletesCommands) {
     EXPECT_EQ(Sh("bash -c '. " PROJECT_FOLDER "/packaging/completions/kkm; "
                  "COMP_WORDS=(" KKM_PROGRAM " tape --f); COMP_CWORD=2; _kkm; "

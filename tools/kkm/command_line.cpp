@@ -10,6 +10,7 @@
 #include "kkm/dump_command.h"
 #include "kkm/explain.h"
 #include "kkm/journal_line.h"
+#include "kkm/open_check.h"
 #include "kkm/query_commands.h"
 #include "kkm/run_command.h"
 #include "kkm/service_commands.h"
@@ -51,6 +52,7 @@ Exit status:
   9    a figure could not be read
   10   doctor found something to mend
   125  run could not give the program its device; 126, 127 could not start it
+  130  Ctrl-C while check waited for the cashier; nothing was printed
 )";
 
 constexpr auto kWhichRegister =
@@ -95,6 +97,8 @@ class CommandLine {
     CLI::App* Add(const std::string& name, const std::string& about,
                   std::function<ExitStatus()> run, bool needs_register = true);
     void AddCheck();
+    CLI::App* AddReading(const std::string& name, const std::string& about,
+                         std::function<ExitStatus()> run);
     void AddQueries();
     void AddDump();
     void AddServices();
@@ -207,14 +211,28 @@ ExitStatus CommandLine::RunWithJournal(const CheckFile& file) {
     return RunKeyedCheck(address_, file, journal_, streams_);
 }
 
+// Asking for figures must not print what a cashier has not finished.
+CLI::App* CommandLine::AddReading(const std::string& name, const std::string& about,
+                                  std::function<ExitStatus()> run) {
+    return Add(name, about, [this, run = std::move(run)] {
+        if (const auto open = OpenCheckAt(address_)) {
+            return ReportOpenCheck(*open, as_json_, streams_);
+        }
+        return run();
+    });
+}
+
 void CommandLine::AddQueries() {
     Add("status", "Show state, firmware, serial number, shift and counters",
         [this] { return RunStatus(address_, as_json_, streams_); });
-    Add("counters", "Show the counters, the grand total and the cash",
-        [this] { return RunCounters(address_, as_json_, streams_); });
-    Add("taxes", "Show the settings of the taxes",
-        [this] { return RunTaxes(address_, as_json_, streams_); });
-    CLI::App* const tape = Add("tape", "Show the records of the control tape", [this] {
+    AddReading("counters", "Show the counters, the grand total and the cash",
+               [this] { return RunCounters(address_, as_json_, streams_); });
+    AddReading("taxes", "Show the settings of the taxes",
+               [this] { return RunTaxes(address_, as_json_, streams_); });
+    CLI::App* const tape = AddReading("tape", "Show the records of the control tape", [this] {
+        if (range_.to && *range_.to < range_.from) {
+            throw CLI::ValidationError("--to", "is before --from");
+        }
         const TapeFormat format = csv_       ? TapeFormat::csv
                                   : as_json_ ? TapeFormat::json
                                              : TapeFormat::table;
@@ -346,7 +364,10 @@ ExitStatus Run(int argc, const char* const* argv, Streams& streams) {
                 line.app().exit(e, streams.out, streams.err);
                 return ExitStatus::done;
             }
-            streams.err << "kkm: " << e.what() << " (kkm --help tells more)" << std::endl;
+            const auto words = line.app().remaining();
+            const bool misspelt = line.app().get_subcommands().empty() && !words.empty();
+            streams.err << "kkm: " << (misspelt ? "there is no command " + words.front() : e.what())
+                        << " (kkm --help tells more)" << std::endl;
             return ExitStatus::usage;
         }
     } catch (const CheckFileError& e) {

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -38,10 +39,10 @@ std::string ContentOf(const fs::path& path) {
     return word;
 }
 
-bool IsOpenIn(const fs::path& process, dev_t device) {
-    std::error_code hidden;  // somebody else's process
-    for (fs::directory_iterator file(process / "fd", hidden), end; file != end;
-         file.increment(hidden)) {
+// `error` is set when it is somebody else's process.
+bool IsOpenIn(const fs::path& process, dev_t device, std::error_code& error) {
+    for (fs::directory_iterator file(process / "fd", error), end; file != end;
+         file.increment(error)) {
         struct stat open_file {};
         if (stat(file->path().c_str(), &open_file) == 0 && S_ISCHR(open_file.st_mode) &&
             open_file.st_rdev == device) {
@@ -51,11 +52,16 @@ bool IsOpenIn(const fs::path& process, dev_t device) {
     return false;
 }
 
-// "1234 (pos-program)" for every other process that has the device open, as far as /proc tells. The
-// program behind a pseudo-terminal is not one of them: it is the register.
-std::vector<std::string> HoldersOf(dev_t device) {
+struct Holders {
+    std::vector<std::string> processes;  // "1234 (pos-program)"
+    bool some_hidden = false;            // not every process lets itself be looked at
+};
+
+// Every other process that has the device open, as far as /proc tells. The program behind a
+// pseudo-terminal is not one of them: it is the register.
+Holders HoldersOf(dev_t device) {
     const dev_t master = makedev(5, 2);
-    std::vector<std::string> holders;
+    Holders holders;
     std::error_code ignored;
     for (const auto& process : fs::directory_iterator("/proc", ignored)) {
         const std::string pid = process.path().filename().string();
@@ -63,15 +69,30 @@ std::vector<std::string> HoldersOf(dev_t device) {
             pid == std::to_string(getpid())) {
             continue;
         }
-        if (IsOpenIn(process.path(), device) && !IsOpenIn(process.path(), master)) {
-            holders.push_back(pid + " (" + ContentOf(process.path() / "comm") + ")");
+        std::error_code error;
+        if (IsOpenIn(process.path(), device, error) && !IsOpenIn(process.path(), master, error)) {
+            holders.processes.push_back(pid + " (" + ContentOf(process.path() / "comm") + ")");
         }
+        holders.some_hidden = holders.some_hidden || error == std::errc::permission_denied;
     }
     return holders;
 }
 
+constexpr gid_t kRootGroup = 0;
+constexpr mode_t kGroupUses = S_IRGRP | S_IWGRP;
+
 Finding NoPermission(const struct stat& node, const std::string& device) {
     const std::string group = GroupName(node.st_gid);
+    // Being in the group of root gives more than a till, and a group without rights gives nothing.
+    if (node.st_gid == kRootGroup || (node.st_mode & kGroupUses) != kGroupUses) {
+        char mode[8];
+        std::snprintf(mode, sizeof mode, "%03o", static_cast<unsigned>(node.st_mode & 0777U));
+        return {Grade::bad, "no_permission",
+                "this user may not open " + device + ", which has mode " + mode +
+                    " and belongs to the group " + group,
+                "give it to a group by a udev rule, such as KERNEL==\"" +
+                    fs::path(device).filename().string() + "\", GROUP=\"dialout\", MODE=\"0660\""};
+    }
     return {Grade::bad, "no_permission",
             "this user may not open " + device + ", which belongs to the group " + group,
             "adduser USER " + group + ", then log in again"};
@@ -99,6 +120,20 @@ Findings ExamineOpening(const std::string& device, const struct stat& node) {
                  "name the tty of the register: ls -l /dev/serial/by-id"}};
     }
     return {{Grade::good, "device", device + " is a serial line that this user may open", ""}};
+}
+
+void ExamineHolders(dev_t device, Findings& findings) {
+    const Holders holders = HoldersOf(device);
+    for (const std::string& process : holders.processes) {
+        findings.push_back({Grade::bad, "held_by_another",
+                            "process " + process + " has the device open as well",
+                            "end it: two programs on one line read parts of each answer"});
+    }
+    if (holders.some_hidden) {
+        findings.push_back({Grade::note, "holders_hidden",
+                            "the processes of other users could not be looked at",
+                            "run kkm doctor as root to see whether they hold the device"});
+    }
 }
 
 void ExamineLatency(const std::string& device, const fs::path& tty_class, Findings& findings) {
@@ -155,11 +190,10 @@ std::vector<Finding> ExamineDevice(const std::string& device, const std::string&
                  "name the tty of the register: ls -l /dev/serial/by-id"}};
     }
     Findings findings = ExamineOpening(device, node);
-    for (const std::string& holder : HoldersOf(node.st_rdev)) {
-        findings.push_back({Grade::bad, "held_by_another",
-                            "process " + holder + " has the device open as well",
-                            "end it: two programs on one line read parts of each answer"});
+    if (findings.front().grade == Grade::bad && findings.front().key != "held_exclusively") {
+        return findings;
     }
+    ExamineHolders(node.st_rdev, findings);
     ExamineLatency(device, tty_class, findings);
     return findings;
 }

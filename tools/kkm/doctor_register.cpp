@@ -1,10 +1,10 @@
 #include <algorithm>
-#include <array>
 #include <cstdio>
 #include <optional>
 
 #include "kkm/doctor.h"
 #include "kkm/line_client.h"
+#include "kkm/open_check.h"
 #include "kkm/register_state.h"
 
 namespace kkm {
@@ -20,9 +20,6 @@ constexpr int kTimed = 10;
 constexpr double kFirstByteMs = 400;
 constexpr double kGapMs = 100;
 constexpr double kClose = 0.75;
-
-// Firmware that the driver takes for one of those it knows.
-constexpr std::array kKnownFirmware = {211, 301, 302, 303, 304, 310, 312, 400};
 
 std::string Ms(double ms) {
     char text[32];
@@ -66,16 +63,30 @@ std::optional<Found> FindRegister(const std::string& device, Findings& findings)
     return found;
 }
 
-// As the driver reads it: two bytes, or three of which the last is 0 behind 3.02.
+// As the driver reads it: two bytes, or three of which the last is 0 behind 3.02. Registers of 3.01
+// and 4.00 answer with numbers of their own. 0 for firmware that it does not know.
 int FirmwareOf(const Bytes& data) {
     if (data.size() < 2) {
         return 0;
     }
-    const int version = data[0] * 100 + data[1];
+    const int raw = data[0] * 100 + data[1];
     if (data.size() == 3) {
-        return version == 302 && data[2] == 0 ? 303 : 0;
+        return raw == 302 && data[2] == 0 ? 303 : 0;
     }
-    return version;
+    switch (raw) {
+        case 211:
+            return 301;
+        case 304:
+            return 400;
+        case 312:
+            return 310;
+        case 302:
+        case 303:
+        case 310:
+            return raw;
+        default:
+            return 0;
+    }
 }
 
 bool ExamineFirmware(const LineAnswer& answer, Findings& findings) {
@@ -86,7 +97,7 @@ bool ExamineFirmware(const LineAnswer& answer, Findings& findings) {
         return false;
     }
     const int firmware = FirmwareOf(answer.data);
-    if (std::find(kKnownFirmware.begin(), kKnownFirmware.end(), firmware) == kKnownFirmware.end()) {
+    if (firmware == 0) {
         findings.push_back({Grade::bad, "unknown_firmware",
                             "the driver does not know this firmware (" +
                                 std::to_string(answer.data.empty() ? 0 : answer.data[0]) + "." +
@@ -126,8 +137,9 @@ void ExamineState(const LineAnswer& status, Findings& findings) {
                                 "a check that failed may have left it so: kkm unlock"});
             break;
         case 0xC8:
-            findings.push_back(
-                {Grade::note, "check_open", text, "let the cashier finish or cancel the check"});
+        case 0xC9:
+        case 0xCA:
+            findings.push_back({Grade::bad, "check_open", text, kOpenCheckAdvice});
             break;
         case 0xCC:
             findings.push_back({Grade::note, "shift_closed", text,

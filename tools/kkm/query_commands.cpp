@@ -1,7 +1,10 @@
 #include "kkm/query_commands.h"
 
+#include <functional>
+
 #include "VeskTarvoM5/VeskTarvoM5.h"
 #include "kkm/figures.h"
+#include "kkm/open_check.h"
 #include "kkm/progress.h"
 #include "kkm/register_state.h"
 #include "kkm/report.h"
@@ -13,6 +16,7 @@ constexpr int kCash = 1;  // the first kind of payment
 constexpr unsigned char kLastTax = 16;
 
 using Figures = std::vector<Figure>;
+using Reading = std::function<Figures(const Address&)>;
 
 template <typename Value>
 Value Read(int (*query)(Value*), const std::string& name) {
@@ -28,17 +32,39 @@ void AddCounters(Figures& figures) {
     figures.push_back(NumberFigure("next_sale", "next sale", Read(GetSaleNum, "sale counter")));
 }
 
-Figures ReadStatus(const Address& address) {
-    Figures figures;
-    figures.push_back(TextFigure("device", "register", address.Text()));
-    // Before the driver comes: its connecting changes the state.
-    const auto look = LookAtRegister(address);
-    const Connection connection(address);
+Figures LookAsFigures(const Address& address, const std::optional<RegisterLook>& look) {
+    Figures figures = {TextFigure("device", "register", address.Text())};
     if (look) {
         for (Figure& figure : StateAsFigures(look->state)) {
             figures.push_back(std::move(figure));
         }
     }
+    return figures;
+}
+
+// What is known without the driver.
+void WriteOpenCheck(const Address& address, const RegisterLook& look, bool as_json,
+                    Streams& streams) {
+    Figures figures = LookAsFigures(address, look);
+    if (look.counters) {
+        figures.push_back(NumberFigure("tape_number", "control tape", look.counters->tape));
+        figures.push_back(NumberFigure("checks", "checks", look.counters->checks));
+    }
+    if (as_json) {
+        figures.push_back({"error",
+                           "",
+                           "",
+                           {{"what", OpenCheckText(look.state)},
+                            {"advice", kOpenCheckAdvice},
+                            {"exit_status", static_cast<int>(ExitStatus::refused)}}});
+    }
+    streams.out << (as_json ? FiguresAsJson(figures) : FiguresAsText(figures)) << std::flush;
+    ReportOpenCheck(look.state, false, streams);
+}
+
+Figures ReadStatus(const Address& address, const std::optional<RegisterLook>& look) {
+    const Connection connection(address);
+    Figures figures = LookAsFigures(address, look);
     figures.push_back(NumberFigure("firmware", "firmware", Firmware()));
     figures.push_back(
         NumberFigure("serial_number", "serial number", Read(GetKKMNum, "serial number")));
@@ -73,7 +99,7 @@ Figures ReadTaxes(const Address& address) {
 }
 
 // The figures come whole or not at all; only a terminal sees the waiting.
-Figures ReadWaiting(const Address& address, Figures (*read)(const Address&), Streams& streams) {
+Figures ReadWaiting(const Address& address, const Reading& read, Streams& streams) {
     Progress progress(streams.err, streams.err_terminal);
     if (streams.err_terminal.live) {
         progress.Step("reading " + address.Text());
@@ -81,8 +107,7 @@ Figures ReadWaiting(const Address& address, Figures (*read)(const Address&), Str
     return read(address);
 }
 
-ExitStatus RunQuery(const Address& address, Figures (*read)(const Address&), bool as_json,
-                    Streams& streams) {
+ExitStatus RunQuery(const Address& address, const Reading& read, bool as_json, Streams& streams) {
     try {
         const Figures figures = ReadWaiting(address, read, streams);
         streams.out << (as_json ? FiguresAsJson(figures) : FiguresAsText(figures)) << std::flush;
@@ -95,7 +120,14 @@ ExitStatus RunQuery(const Address& address, Figures (*read)(const Address&), boo
 }  // namespace
 
 ExitStatus RunStatus(const Address& address, bool as_json, Streams& streams) {
-    return RunQuery(address, ReadStatus, as_json, streams);
+    // Before the driver comes: its connecting changes the state.
+    const auto look = LookAtRegister(address);
+    if (look && HoldsOpenCheck(look->state.code)) {
+        WriteOpenCheck(address, *look, as_json, streams);
+        return ExitStatus::refused;
+    }
+    const auto read = [&look](const Address& at) { return ReadStatus(at, look); };
+    return RunQuery(address, read, as_json, streams);
 }
 
 ExitStatus RunCounters(const Address& address, bool as_json, Streams& streams) {

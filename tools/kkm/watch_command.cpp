@@ -1,9 +1,13 @@
 #include "kkm/watch_command.h"
 
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <csignal>
 #include <ctime>
 #include <nlohmann/json.hpp>
 #include <optional>
-#include <thread>
+#include <system_error>
 
 #include "kkm/register_state.h"
 
@@ -53,16 +57,60 @@ std::string InOneObject(const std::vector<Figure>& figures, const std::string& t
     return object.dump();
 }
 
+// Ctrl-C is how a watch ends: it waits for the look that is under way. A shell that had it ignored
+// keeps that.
+class Interrupt {
+  public:
+    Interrupt() {
+        sigemptyset(&signals_);
+        struct sigaction now {};
+        sigaction(SIGINT, nullptr, &now);
+        if (now.sa_handler != SIG_IGN) {
+            sigaddset(&signals_, SIGINT);
+        }
+        pthread_sigmask(SIG_BLOCK, &signals_, &before_);
+    }
+    ~Interrupt() {
+        ComesWithin(0);
+        pthread_sigmask(SIG_SETMASK, &before_, nullptr);
+    }
+    Interrupt(const Interrupt&) = delete;
+    Interrupt& operator=(const Interrupt&) = delete;
+
+    bool ComesWithin(int ms) {
+        const timespec time{ms / 1000, ms % 1000 * 1'000'000L};
+        return sigtimedwait(&signals_, nullptr, &time) == SIGINT;
+    }
+
+  private:
+    sigset_t signals_{};
+    sigset_t before_{};
+};
+
+// An adapter that is pulled out may come back; a name that never was there is a wrong one.
+bool IsThere(const std::string& device, Streams& streams) {
+    struct stat node {};
+    if (stat(device.c_str(), &node) == 0) {
+        return true;
+    }
+    streams.err << "kkm: " << device << ": " << std::generic_category().message(errno) << std::endl;
+    return false;
+}
+
 }  // namespace
 
 ExitStatus RunWatch(const Address& address, const WatchOptions& options, Streams& streams) {
+    Interrupt interrupt;
     std::string before;
     bool answered = false;
     for (int look = 0; options.looks == 0 || look < options.looks; ++look) {
-        if (look > 0) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(options.interval_ms));
+        if (look > 0 && interrupt.ComesWithin(options.interval_ms)) {
+            return ExitStatus::done;
         }
         const auto seen = LookAtRegister(address);
+        if (look == 0 && !seen && !IsThere(address.Device(), streams)) {
+            return ExitStatus::no_connection;
+        }
         answered = answered || seen.has_value();
         const std::vector<Figure> figures = Seen(seen);
         const std::string line = InOneLine(figures);
