@@ -182,18 +182,20 @@ TEST_F(CommandsTest, DryRunShowsTheReceiptAndTouchesNoRegister) {
     const std::string check = R"({"lines": [{"name": "Сыр «А»", "price": 2, "quantity": 1.5},)"
                               R"( {"name": ")" +
                               name + R"(", "price": 1}], "discount": -10, "cash": 2})";
-    EXPECT_EQ(Kkm({"check", "--dry-run", "-"}, check), 0);
-    EXPECT_EQ(out.str(),
+    EXPECT_EQ(Kkm({"check", "--dry-run", "-"}, check), 7);
+    EXPECT_EQ(out.str().substr(0, out.str().find("echOther")),
               "the check on firmware 303; nothing is sent\n"
               "   1  Сыр ?А?\n"
               "      1.500 x 2.00 = 3.00\n"
               "      printed as '?': « »\n"
-              "   2  xxxxxxxxxxxxxxxxxx|xxxxxxxxxxxxxxxxxx|xxxx\n"
+              "   2  xxxxxxxxxxxxxxxxxx\n"
+              "      + xxxxxxxxxxxxxxxxxx\n"
+              "      + xxxx\n"
               "      1 x 1.00 = 1.00\n"
-              "discount 10 % = 0.00\n"
-              "total 4.00\n"
-              "cash 2.00, change -2.00\n"
-              "the cash is below the total: the register will refuse it\n");
+              "discount 10 % = -0.40\n"
+              "total 3.60\n"
+              "cash 2.00\n"
+              "refused: the cash is below the total: ");
     for (const std::string& call : library.calls) {
         EXPECT_EQ(call.rfind("cb", 0), 0U) << call;
     }
@@ -222,7 +224,81 @@ TEST_F(CommandsTest, DryRunRefusesWhatWillBeRefused) {
     EXPECT_EQ(
         Kkm({"check", "--dry-run", "--json", "-"}, R"({"lines": [{"name": "a", "price": 0}]})"), 7);
     EXPECT_THAT(out.str(), HasSubstr("\"error\": 14\n"));
-    EXPECT_THAT(out.str(), HasSubstr("\"refused\": true\n"));
+    EXPECT_THAT(out.str(), HasSubstr("\"refused\": true,\n"));
+}
+
+TEST_F(CommandsTest, DryRunRefusesCashBelowTheTotalOfASaleOnly) {
+    const std::string rest = R"(, "cash": 1, "lines": [{"name": "a", "price": 2}]})";
+    const std::vector<const char*> dry_run = {"check", "--dry-run", "--json", "-"};
+    EXPECT_EQ(Kkm(dry_run, R"({"mode": "sale")" + rest), 7);
+    EXPECT_THAT(out.str(), HasSubstr("  \"total\": 2.0,\n  \"cash\": 1.0,\n  \"change\": null,\n"
+                                     "  \"refused\": true,\n  \"why\": [\n"
+                                     "    \"the cash is below the total: echOther (20)"));
+    for (const char* mode : {"return", "credit"}) {
+        EXPECT_EQ(Kkm(dry_run, R"({"mode": ")" + std::string(mode) + "\"" + rest), 0) << mode;
+        EXPECT_THAT(out.str(), HasSubstr("\"mode\": \"" + std::string(mode) + "\""));
+        EXPECT_THAT(out.str(), HasSubstr("\"refused\": false,\n  \"why\": []\n"));
+    }
+    EXPECT_EQ(Kkm({"check", "--dry-run", "--firmware", "310", "-"}, R"({"mode": "sale")" + rest),
+              0);
+    EXPECT_EQ(
+        Kkm({"check", "--dry-run", "-"}, R"({"cash": 0, "lines": [{"name": "a", "price": 2}]})"),
+        0);
+}
+
+TEST_F(CommandsTest, DryRunRefusesASumThatTheRegisterCannotHold) {
+    const auto check = [](const char* quantity) {
+        return R"({"lines": [{"name": "a", "price": 99999.99, "quantity": )" +
+               std::string(quantity) + "}]}";
+    };
+    EXPECT_EQ(Kkm({"check", "--dry-run", "-"}, check("65535")), 7);
+    EXPECT_THAT(out.str(),
+                HasSubstr("refused: line 1: the sum is above 42949672.95: echOther (14)\n"));
+    EXPECT_THAT(out.str(), testing::Not(HasSubstr("total")));
+    EXPECT_EQ(Kkm({"check", "--dry-run", "-"}, check("429")), 0);
+    EXPECT_THAT(out.str(), EndsWith("total 42899995.71\n"));
+    EXPECT_EQ(Kkm({"check", "--dry-run", "-"}, check("430")), 7);
+    EXPECT_EQ(Kkm({"check", "--dry-run", "-"},
+                  R"({"lines": [{"name": "a", "price": 99999.99, "quantity": 429},
+                                {"name": "b", "price": 99999.99}]})"),
+              7);
+    EXPECT_THAT(out.str(),
+                HasSubstr("refused: line 2: the sum is above 42949672.95: echOther (14)\n"));
+}
+
+TEST_F(CommandsTest, DryRunJudgesTheDiscountOnce) {
+    library.failing["cbSetDiscountValue"] = 19;
+    EXPECT_EQ(Kkm({"check", "--dry-run", "-"},
+                  R"({"discount": 100, "lines": [{"name": "a", "price": 1}]})"),
+              7);
+    EXPECT_THAT(out.str(), HasSubstr("      1 x 1.00 = 1.00\nrefused: discount: echOther (19)"));
+    EXPECT_THAT(out.str(), testing::Not(HasSubstr("surcharge")));
+}
+
+TEST_F(CommandsTest, DryRunTellsOfAQuantityThatBecomesNothing) {
+    EXPECT_EQ(Kkm({"check", "--dry-run", "-"},
+                  R"({"lines": [{"name": "a|b", "price": 100, "quantity": 0.0004}]})"),
+              0);
+    EXPECT_THAT(out.str(), EndsWith("   1  a|b\n"
+                                    "      0.000 x 100.00 = 0.00\n"
+                                    "      so small a quantity becomes nothing\n"
+                                    "total 0.00\n"));
+}
+
+TEST_F(CommandsTest, DryRunTellsProgramsEveryFigure) {
+    EXPECT_EQ(Kkm({"check", "--dry-run", "--json", "-"},
+                  R"({"discount": -5, "cash": 500, "lines":
+                      [{"name": "a", "price": 680, "quantity": 0.345, "section": 2}]})"),
+              0);
+    EXPECT_EQ(out.str(),
+              "{\n  \"firmware\": 303,\n  \"mode\": \"sale\",\n  \"lines\": [\n    {\n"
+              "      \"name\": \"a\",\n      \"price\": 680.0,\n      \"quantity\": 0.345,\n"
+              "      \"section\": 2,\n      \"printed\": \"a\",\n      \"pieces\": [\n"
+              "        \"a\"\n      ],\n      \"lost\": [],\n      \"cut\": \"\",\n"
+              "      \"sum\": 234.6,\n      \"error\": 0\n    }\n  ],\n"
+              "  \"discount\": -5,\n  \"discount_sum\": -11.73,\n  \"total\": 222.87,\n"
+              "  \"cash\": 500.0,\n  \"change\": 277.13,\n  \"refused\": false,\n"
+              "  \"why\": []\n}\n");
 }
 
 TEST_F(CommandsTest, ExplainsCodesOfEveryKind) {

@@ -113,6 +113,20 @@ TEST(TraceStory, NameThatLooksLikeATraceIsAName) {
     EXPECT_EQ(check.outcome, StoryOutcome::unfinished);
 }
 
+TEST(TraceStory, NameIsANameWhereverItStands) {
+    const std::string name = "Info: TestCheckPrint - ok";
+    const auto check = OnlyCheck("Info: TrySendSale ;title = " + name +
+                                 " ;barcode = 1; code = 1; count = 1; price = 1; section = 1\n"
+                                 "Info: TrySendSaleTitle " +
+                                 name +
+                                 "number sale 1\n"
+                                 "Info: line number   0 'Error Interface'\n"
+                                 "Info: TrySendSaleTitle-ok\nInfo:TrySendSale-ok\n");
+    EXPECT_EQ(check.lines.at(0).name, name);
+    EXPECT_TRUE(check.lines.at(0).taken);
+    EXPECT_EQ(check.outcome, StoryOutcome::unfinished);
+}
+
 TEST(TraceStory, ForeignTextTellsNothing) {
     EXPECT_TRUE(TellTrace("").empty());
     EXPECT_TRUE(TellTrace(std::string("\0\xFF hello\nworld", 15)).empty());

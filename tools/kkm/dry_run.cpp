@@ -1,6 +1,7 @@
 #include "kkm/dry_run.h"
 
 #include <cmath>
+#include <cstdint>
 #include <iomanip>
 #include <nlohmann/json.hpp>
 #include <sstream>
@@ -17,60 +18,31 @@ constexpr int kLastWithShortChecks = 302;
 constexpr int kFirstWithCash = 301;
 constexpr int kLastWithCash = 309;
 
+constexpr std::int64_t kMostKopecks = 4294967295;  // of a line and of a check
+
 struct DryLine {
     std::string printed;  // UTF-8, what comes out; '?' for a lost letter
     std::vector<std::string> pieces;
     std::string cut;  // what does not come out
     std::vector<std::string> lost;
-    double sum = 0;  // without the discount
-    double sum_with_discount = 0;
+    bool weighed = false;
+    std::int64_t thousandths = 0;  // of the quantity, as the register gets it
+    std::int64_t kopecks = 0;      // without the discount
     int error = 0;
 };
 
-// The sum that the library makes of a line.
-int SumOf(const CheckLine& line, int discount, std::string name, double& sum) {
-    cbClearSales();
-    if (cbAddSale(name.data(), line.price, line.quantity, line.section) == 0) {
-        return GetErrorCode();
-    }
-    if (cbSetDiscountValue(discount) == 0) {
-        return GetErrorCode();
-    }
-    sum = cbGetSum();
-    return echOk;
-}
+// What the library and the register make of a check.
+struct DryCheck {
+    std::vector<DryLine> lines;
+    std::int64_t discount_kopecks = 0;
+    std::int64_t total_kopecks = 0;
+    std::int64_t cash_kopecks = 0;  // 0: paid exactly
+    bool has_total = true;          // every line and the discount are taken
+    std::vector<std::string> refusals;
+};
 
-DryLine Try(const CheckLine& line, int discount, const FirmwareRules& rules) {
-    DryLine dry;
-    const RegisterText name = ToRegisterText(line.name);
-    dry.lost = name.lost;
-    const std::string through = name.bytes.substr(0, rules.longest_name);
-    dry.printed = FromRegisterText(through);
-    dry.cut = FromRegisterText(name.bytes.substr(through.size()));
-    for (std::size_t at = 0; at < through.size(); at += rules.piece) {
-        dry.pieces.push_back(FromRegisterText(through.substr(at, rules.piece)));
-    }
-    dry.error = SumOf(line, 0, name.bytes, dry.sum);
-    if (dry.error == echOk) {
-        dry.error = SumOf(line, discount, name.bytes, dry.sum_with_discount);
-    }
-    cbClearSales();
-    return dry;
-}
-
-std::string QuantityText(double quantity) {
-    std::ostringstream text;
-    const bool whole = quantity == std::floor(quantity);
-    text << std::fixed << std::setprecision(whole ? 0 : 3) << quantity;
-    return text.str();
-}
-
-std::string Joined(const std::vector<std::string>& parts, const char* separator) {
-    std::string text;
-    for (const std::string& part : parts) {
-        text += (text.empty() ? "" : separator) + part;
-    }
-    return text;
+std::int64_t Rounded(double value) {
+    return static_cast<std::int64_t>(std::floor(value + 0.5));
 }
 
 std::string ErrorText(int code) {
@@ -78,42 +50,144 @@ std::string ErrorText(int code) {
            "): " + KKMErrorAdvice(code);
 }
 
-struct DryCheck {
-    std::vector<DryLine> lines;
-    double sum = 0;
-    double total = 0;
-    bool too_many_lines = false;
-    bool refused = false;
-};
+// The register multiplies whole kopecks by whole thousandths.
+void Multiply(const CheckLine& line, DryLine& dry) {
+    dry.weighed = line.quantity != std::floor(line.quantity);
+    dry.thousandths = Rounded(static_cast<float>(line.quantity) * 1000.0);
+    dry.kopecks = (Rounded(line.price * 100) * dry.thousandths + 500) / 1000;
+}
+
+DryLine Try(const CheckLine& line, const FirmwareRules& rules) {
+    DryLine dry;
+    RegisterText name = ToRegisterText(line.name);
+    dry.lost = name.lost;
+    const std::string through = name.bytes.substr(0, rules.longest_name);
+    dry.printed = FromRegisterText(through);
+    dry.cut = FromRegisterText(name.bytes.substr(through.size()));
+    for (std::size_t at = 0; at < through.size(); at += rules.piece) {
+        dry.pieces.push_back(FromRegisterText(through.substr(at, rules.piece)));
+    }
+    cbClearSales();
+    if (cbAddSale(name.bytes.data(), line.price, line.quantity, line.section) == 0) {
+        dry.error = GetErrorCode();
+    } else {
+        Multiply(line, dry);
+    }
+    return dry;
+}
+
+void TryLines(const CheckFile& check, const FirmwareRules& rules, DryCheck& dry) {
+    for (const CheckLine& line : check.lines) {
+        DryLine tried = Try(line, rules);
+        const std::string number = "line " + std::to_string(dry.lines.size() + 1);
+        if (tried.error != echOk) {
+            dry.refusals.push_back(number + ": " + ErrorText(tried.error));
+        } else if (dry.total_kopecks + tried.kopecks > kMostKopecks) {
+            tried.error = echPrice;
+            dry.refusals.push_back(number + ": the sum is above 42949672.95: " +
+                                   KKMErrorName(echPrice) + " (" + std::to_string(echPrice) + ")");
+        } else {
+            dry.total_kopecks += tried.kopecks;
+        }
+        dry.has_total = dry.has_total && tried.error == echOk;
+        dry.lines.push_back(std::move(tried));
+    }
+    if (dry.lines.size() > rules.most_lines) {
+        dry.refusals.push_back("this firmware takes " + std::to_string(rules.most_lines) +
+                               " lines");
+    }
+}
+
+// Each line has its own part of the discount, half a kopeck rounded up.
+void TryDiscount(int percent, DryCheck& dry) {
+    if (cbSetDiscountValue(percent) == 0) {
+        dry.has_total = false;
+        dry.refusals.push_back("discount: " + ErrorText(GetErrorCode()));
+        return;
+    }
+    for (const DryLine& line : dry.lines) {
+        dry.discount_kopecks += Rounded(static_cast<double>(line.kopecks * percent) / 100);
+    }
+    dry.total_kopecks += dry.discount_kopecks;
+    if (dry.total_kopecks > kMostKopecks) {
+        dry.has_total = false;
+        dry.refusals.emplace_back("discount: the total is above 42949672.95");
+    }
+}
+
+// Only a sale is paid with what the customer gives.
+void TryCash(const CheckFile& check, const FirmwareRules& rules, DryCheck& dry) {
+    if (!rules.takes_cash || check.mode != CheckMode::sale) {
+        return;
+    }
+    dry.cash_kopecks = Rounded(check.cash.value_or(0) * 100);
+    if (dry.has_total && dry.cash_kopecks != 0 && dry.cash_kopecks < dry.total_kopecks) {
+        dry.refusals.push_back("the cash is below the total: " + ErrorText(echNoCash));
+    }
+}
 
 DryCheck TryAll(const CheckFile& check, const FirmwareRules& rules) {
     DryCheck dry;
-    for (const CheckLine& line : check.lines) {
-        dry.lines.push_back(Try(line, check.discount, rules));
-        dry.sum += dry.lines.back().sum;
-        dry.total += dry.lines.back().sum_with_discount;
-        dry.refused = dry.refused || dry.lines.back().error != echOk;
-    }
-    dry.too_many_lines = dry.lines.size() > rules.most_lines;
-    dry.refused = dry.refused || dry.too_many_lines;
+    TryLines(check, rules, dry);
+    TryDiscount(check.discount, dry);
+    TryCash(check, rules, dry);
+    cbClearSales();
     return dry;
+}
+
+std::string Kopecks(std::int64_t kopecks) {
+    return MoneyText(static_cast<double>(kopecks) / 100);
+}
+
+std::string QuantityText(const DryLine& dry) {
+    std::ostringstream text;
+    text << std::fixed << std::setprecision(dry.weighed ? 3 : 0)
+         << static_cast<double>(dry.thousandths) / 1000;
+    return text.str();
 }
 
 void WriteLine(std::size_t number, const CheckLine& line, const DryLine& dry, std::ostream& out) {
     constexpr auto kIndent = "      ";
-    out << std::setw(4) << number << "  "
-        << (dry.pieces.size() > 1 ? Joined(dry.pieces, "|") : dry.printed) << '\n';
-    if (dry.error != echOk) {
-        out << kIndent << "refused: " << ErrorText(dry.error) << '\n';
-    } else {
-        out << kIndent << QuantityText(line.quantity) << " x " << MoneyText(line.price) << " = "
-            << MoneyText(dry.sum) << '\n';
+    out << std::setw(4) << number << "  ";
+    for (std::size_t i = 0; i < dry.pieces.size(); ++i) {
+        out << (i == 0 ? "" : "      + ") << dry.pieces[i] << '\n';
+    }
+    if (dry.error == echOk) {
+        out << kIndent << QuantityText(dry) << " x " << MoneyText(line.price) << " = "
+            << Kopecks(dry.kopecks) << '\n';
+        if (dry.thousandths == 0) {
+            out << kIndent << "so small a quantity becomes nothing\n";
+        }
     }
     if (!dry.lost.empty()) {
-        out << kIndent << "printed as '?': " << Joined(dry.lost, " ") << '\n';
+        out << kIndent << "printed as '?':";
+        for (const std::string& letter : dry.lost) {
+            out << ' ' << letter;
+        }
+        out << '\n';
     }
     if (!dry.cut.empty()) {
         out << kIndent << "not printed: " << dry.cut << '\n';
+    }
+}
+
+void WriteCash(const CheckFile& check, const DryCheck& dry, const FirmwareRules& rules,
+               std::ostream& out) {
+    if (!check.cash) {
+        return;
+    }
+    if (check.mode != CheckMode::sale) {
+        out << "cash is for sales; this check passes it over\n";
+    } else if (!rules.takes_cash) {
+        out << "this firmware takes no cash from a program: paid exactly\n";
+    } else if (dry.cash_kopecks == 0) {
+        out << "no cash: paid exactly\n";
+    } else {
+        out << "cash " << Kopecks(dry.cash_kopecks);
+        if (dry.cash_kopecks >= dry.total_kopecks) {
+            out << ", change " << Kopecks(dry.cash_kopecks - dry.total_kopecks);
+        }
+        out << '\n';
     }
 }
 
@@ -126,44 +200,70 @@ void WriteText(const CheckFile& check, const DryCheck& dry, const FirmwareRules&
     if (check.mode != CheckMode::sale) {
         out << (check.mode == CheckMode::refund ? "a return\n" : "a credit\n");
     }
-    if (check.discount != 0) {
-        out << (check.discount < 0 ? "discount " : "surcharge ") << std::abs(check.discount)
-            << " % = " << MoneyText(dry.total - dry.sum) << '\n';
-    }
-    out << "total " << MoneyText(dry.total) << '\n';
-    if (check.cash && rules.takes_cash) {
-        out << "cash " << MoneyText(*check.cash) << ", change "
-            << MoneyText(*check.cash - dry.total) << '\n';
-        if (*check.cash < dry.total) {
-            out << "the cash is below the total: the register will refuse it\n";
+    if (dry.has_total) {
+        if (check.discount != 0) {
+            out << (check.discount < 0 ? "discount " : "surcharge ") << std::abs(check.discount)
+                << " % = " << Kopecks(dry.discount_kopecks) << '\n';
         }
-    } else if (check.cash) {
-        out << "this firmware takes no cash from a program: paid exactly\n";
+        out << "total " << Kopecks(dry.total_kopecks) << '\n';
+        WriteCash(check, dry, rules, out);
     }
-    if (dry.too_many_lines) {
-        out << "refused: this firmware takes " << rules.most_lines << " lines\n";
+    for (const std::string& refusal : dry.refusals) {
+        out << "refused: " << refusal << '\n';
     }
+}
+
+const char* NameOf(CheckMode mode) {
+    switch (mode) {
+        case CheckMode::refund:
+            return "return";
+        case CheckMode::credit:
+            return "credit";
+        case CheckMode::sale:
+            break;
+    }
+    return "sale";
+}
+
+nlohmann::ordered_json LineAsJson(const CheckLine& line, const DryLine& dry) {
+    nlohmann::ordered_json json{{"name", line.name},
+                                {"price", MoneyFigure("", "", line.price).value},
+                                {"quantity", line.quantity},
+                                {"section", line.section},
+                                {"printed", dry.printed},
+                                {"pieces", dry.pieces},
+                                {"lost", dry.lost},
+                                {"cut", dry.cut},
+                                {"sum", nullptr},
+                                {"error", dry.error}};
+    if (dry.error == echOk) {
+        json["quantity"] = static_cast<double>(dry.thousandths) / 1000;
+        json["sum"] = static_cast<double>(dry.kopecks) / 100;
+    }
+    return json;
 }
 
 void WriteJson(const CheckFile& check, const DryCheck& dry, const FirmwareRules& rules,
                std::ostream& out) {
-    const auto money = [](double value) { return MoneyFigure("", "", value).value; };
+    const auto money_if = [](bool known, std::int64_t kopecks) {
+        return known ? nlohmann::ordered_json(static_cast<double>(kopecks) / 100) : nullptr;
+    };
+    const bool paid = dry.cash_kopecks != 0;
+    const bool enough = dry.has_total && paid && dry.cash_kopecks >= dry.total_kopecks;
     nlohmann::ordered_json json;
     json["firmware"] = rules.firmware;
+    json["mode"] = NameOf(check.mode);
     json["lines"] = nlohmann::ordered_json::array();
     for (std::size_t i = 0; i < dry.lines.size(); ++i) {
-        const DryLine& line = dry.lines[i];
-        json["lines"].push_back({{"name", check.lines[i].name},
-                                 {"printed", line.printed},
-                                 {"pieces", line.pieces},
-                                 {"lost", line.lost},
-                                 {"cut", line.cut},
-                                 {"sum", money(line.sum)},
-                                 {"error", line.error}});
+        json["lines"].push_back(LineAsJson(check.lines[i], dry.lines[i]));
     }
-    json["total"] = money(dry.total);
-    json["cash"] = check.cash && rules.takes_cash ? money(*check.cash) : nullptr;
-    json["refused"] = dry.refused;
+    json["discount"] = check.discount;
+    json["discount_sum"] = money_if(dry.has_total, dry.discount_kopecks);
+    json["total"] = money_if(dry.has_total, dry.total_kopecks);
+    json["cash"] = money_if(paid, dry.cash_kopecks);
+    json["change"] = money_if(enough, dry.cash_kopecks - dry.total_kopecks);
+    json["refused"] = !dry.refusals.empty();
+    json["why"] = dry.refusals;
     out << json.dump(2) << '\n';
 }
 
@@ -186,7 +286,7 @@ ExitStatus DryRun(const CheckFile& check, int firmware, bool as_json, Streams& s
         WriteText(check, dry, rules, streams.out);
     }
     streams.out << std::flush;
-    return dry.refused ? ExitStatus::refused : ExitStatus::done;
+    return dry.refusals.empty() ? ExitStatus::done : ExitStatus::refused;
 }
 
 }  // namespace kkm

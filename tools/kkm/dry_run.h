@@ -18,8 +18,9 @@ struct FirmwareRules {
 FirmwareRules RulesOf(int firmware);
 
 // Shows lines with their sums, letters that are lost, names where they are cut, discount, total and
-// change, and what the library refuses. Uses the library's check buffer and no register. Refused
-// when a line or the check would be.
+// change, and what the library or the register refuses. Sums are the register's: the library's own
+// are in floats of 32 bits. Uses the library's check buffer and no register. Refused when a line or
+// the check would be.
 ExitStatus DryRun(const CheckFile& check, int firmware, bool as_json, Streams& streams);
 
 }  // namespace kkm

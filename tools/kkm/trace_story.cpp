@@ -43,6 +43,7 @@ class Teller {
     void Disconnected(std::string_view);
     void Asked(std::string_view) { Check(); }
     void SaleLine(std::string_view rest);
+    void OnlyAName(std::string_view) {}
     void LineTaken(std::string_view);
     void Discount(std::string_view rest);
     void Type(std::string_view rest);
@@ -106,6 +107,8 @@ std::vector<Teller::Marker> Teller::MarkersBeforeTheClosing() {
          echRegKass},
         {"Warning: echCancelCheck - Exit", &T::Reason, "the cashier cancelled it", echCancelCheck},
         {"Info: TrySendSale ;title = ", &T::SaleLine, "", 0},
+        {"Info: TrySendSaleTitle ", &T::OnlyAName, "", 0},
+        {"Info: line number   ", &T::OnlyAName, "", 0},
         {"Info:TrySendSale-ok", &T::LineTaken, "", 0},
         {"ReadSaleNumber -  error: ???", &T::Trouble, "the number of lines could not be read", 0},
         {"Error: ks_saleadd != status.command", &T::Trouble,
@@ -201,7 +204,8 @@ std::vector<StoryEvent> Teller::Tell(std::string_view trace) {
         }
         trace.remove_prefix(now_->text.size());
         (this->*now_->handle)(trace);
-        if (now_->handle == &Teller::SaleLine) {  // a name may look like anything
+        if (now_->handle == &Teller::SaleLine || now_->handle == &Teller::OnlyAName) {
+            // A name may look like anything.
             trace.remove_prefix(LineOf(trace).size());
         }
     }
