@@ -14,6 +14,10 @@ from ctypes import byref, c_char_p, c_double, c_int, c_ubyte
 class RegisterError(Exception):
     """A call that gave 0, with the library's reason."""
 
+    def __init__(self, text, code):
+        super().__init__(text)
+        self.code = code
+
 
 class Register:
     """The functions of the library that this till uses, under their plain names."""
@@ -37,7 +41,42 @@ class Register:
             code = self.lib.GetErrorCode()
             raise RegisterError("%s: error %d, %s\n%s" % (
                 name, code, self.lib.KKMErrorName(code).decode(),
-                self.lib.KKMErrorAdvice(code).decode()))
+                self.lib.KKMErrorAdvice(code).decode()), code)
+
+    def number(self, name):
+        value = c_int()
+        self.call(name, byref(value))
+        return value.value
+
+    def counters(self):
+        return self.number("GetKLNum"), self.number("GetCheckCount"), self.number("GetSaleNum")
+
+
+def print_check(register):
+    """Returns when the check is printed. After errors 2 and 32 the driver does not know. The
+    counters do, if they are read before anything else is done, disconnecting included."""
+    lines = register.lib.cbGetSalesCount()
+    tape, checks, sales = register.counters()
+    register.call("CheckClose")
+    try:
+        register.call("PrintCheck")
+    except RegisterError as error:
+        if error.code not in (2, 32):
+            raise
+        moved = None
+        try:
+            tape_now, checks_now, sales_now = register.counters()
+            if tape_now == tape:
+                moved = ((checks_now - checks) % 65536, (sales_now - sales) % 65536)
+        except RegisterError:
+            pass
+        if moved == (1, lines):
+            print("error %d, but the counters show the check: it is printed" % error.code,
+                  file=sys.stderr)
+            return
+        print("the counters show no check" if moved == (0, 0)
+              else "the counters do not tell: look at the paper", file=sys.stderr)
+        raise
 
 
 def sell(register, device):
@@ -50,12 +89,14 @@ def sell(register, device):
         register.call("cbSetCash", 200)
         print("to pay: %.2f" % register.lib.cbGetSum())
         print("waiting for the cashier to ask for the check", flush=True)
-        register.call("CheckClose")
-        register.call("PrintCheck")
-        check, drawer = c_int(), c_double()
-        register.call("GetCheckCount", byref(check))
-        register.call("GetCashSum", 1, byref(drawer))
-        print("printed check %d; sales for cash so far: %.2f" % (check.value, drawer.value))
+        print_check(register)
+        try:
+            drawer = c_double()
+            check = register.number("GetCheckCount")
+            register.call("GetCashSum", 1, byref(drawer))
+            print("printed check %d; sales for cash so far: %.2f" % (check, drawer.value))
+        except RegisterError as error:
+            print("printed; the counters could not be read: error %d" % error.code)
     finally:
         register.lib.DisconnectKKM()
 

@@ -4,6 +4,7 @@
 
 #include <CLI/CLI.hpp>
 #include <charconv>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -91,13 +92,11 @@ void add_register_options(CLI::App& app, Options& options, Raw& raw) {
 
 void add_session_options(CLI::App& app, Options& options) {
     app.add_option("--scenario", options.scenario_file, "What goes wrong, and when; below")
-        ->type_name("FILE")
-        ->check(CLI::ExistingFile.description(""));
+        ->type_name("FILE");
     app.add_option("--record", options.record_file, "Write the conversation into this file, anew")
         ->type_name("FILE");
     app.add_option("--replay", options.replay_file, "Be no register but a recorded conversation")
-        ->type_name("FILE")
-        ->check(CLI::ExistingFile.description(""));
+        ->type_name("FILE");
 }
 
 // A recording answers for itself.
@@ -130,7 +129,8 @@ void add_program_options(CLI::App& app, Options& options) {
         ->type_name("FILE|-");
     app.add_option("--once", options.once,
                    "End after so many checks, once the host has closed the tty")
-        ->type_name("N");
+        ->type_name("N")
+        ->check(CLI::PositiveNumber.description(""));
     app.add_flag("--quiet", options.quiet, "Show no paper on the standard output");
 }
 
@@ -152,13 +152,15 @@ void set_taxes(const std::vector<std::string>& texts, Identity& identity) {
 
 // The format that was asked for, or the one that the output's name ends with.
 ReceiptFormat to_format(const std::string& asked, const std::string& output) {
-    const std::string dot = "." + asked;
-    const auto is = [&](const std::string& ending) {
-        const std::string& name = asked.empty() ? output : dot;
-        return name.size() >= ending.size() &&
-               name.compare(name.size() - ending.size(), ending.size(), ending) == 0;
-    };
-    return is(".svg") ? ReceiptFormat::svg : is(".png") ? ReceiptFormat::png : ReceiptFormat::text;
+    const std::string ending =
+        asked.empty() ? std::filesystem::path(output).extension().string() : "." + asked;
+    if (!ending.empty() && ending != ".txt" && ending != ".svg" && ending != ".png") {
+        throw CLI::ValidationError("--output", output + " ends with neither .txt, .svg nor .png; " +
+                                                   "--format says what it is to be");
+    }
+    return ending == ".svg"   ? ReceiptFormat::svg
+           : ending == ".png" ? ReceiptFormat::png
+                              : ReceiptFormat::text;
 }
 
 CLI::App* add_receipt_command(CLI::App& app, ReceiptOptions& options, std::string& format) {
@@ -168,7 +170,6 @@ CLI::App* add_receipt_command(CLI::App& app, ReceiptOptions& options, std::strin
     receipt->option_defaults()->group("Options");
     receipt->add_option("--memory", options.memory_file, "The memory file")
         ->type_name("FILE")
-        ->check(CLI::ExistingFile.description(""))
         ->required();
     receipt->add_option("--output", options.output, "Write into this file")->type_name("FILE");
     receipt
@@ -188,6 +189,8 @@ ParsedOptions parse_options(int argc, char** argv) {
     app.footer(kFooter);
     app.get_formatter()->column_width(34);
     app.get_option("--help")->group("The line and the program");
+    app.set_version_flag("--version", "tarvo-register " TARVO_REGISTER_VERSION)
+        ->group("The line and the program");
     app.option_defaults()->group("The register");
     add_register_options(app, options, raw);
     app.option_defaults()->group("The line and the program");

@@ -60,6 +60,7 @@ Scenario read_scenario(const std::string& path) {
 
 Service::Service(const Options& options)
     : options_(options),
+      memory_lock_(options.memory_file),
       model_(first_memory(options), settings(options)),
       wire_(options.baud, options.pace),
       link_(options.link, wire_.tty_name()),

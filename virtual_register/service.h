@@ -8,6 +8,7 @@
 
 #include "auto_cashier.h"
 #include "frame.h"
+#include "memory_lock.h"
 #include "model.h"
 #include "options.h"
 #include "output_file.h"
@@ -45,6 +46,7 @@ class Service {
     bool fulfilled() const;
 
     Options options_;
+    MemoryLock memory_lock_;  // before the memory is read
     Model model_;
     Wire wire_;
     TtyLink link_;

@@ -44,7 +44,8 @@ enum ErrorVeskTarvo
 {
     echOk = 0,            ///< no error
     echNoPort = 1,        ///< the serial port could not be opened
-    echDevice = 2,        ///< the register did not answer, answered wrongly, or a step gave up
+    echDevice = 2,        ///< the register did not answer, answered wrongly, or a step gave up;
+                          ///< after PrintCheck() the check may be on the paper
     echNoVersion = 3,     ///< the register reported no known firmware at either line speed
     echPaperAbsent = 5,   ///< the check was not printed: no paper; it is still open at the register
     echRegKass = 6,       ///< the register is in a state in which no check can be registered
@@ -56,7 +57,7 @@ enum ErrorVeskTarvo
     echSalesFull = 17,    ///< the check buffer holds as many lines as the register accepts
     echDiscount = 19,     ///< the discount is outside -99 to 99 per cent
     echNoCash = 20,       ///< the register refused the check type or the cash for want of money
-    echPrintTest = 32,    ///< the check was not printed, for a reason other than absent paper
+    echPrintTest = 32,    ///< the counters do not show the check; it may be on the paper
     echCancelCheck = 34,  ///< the cashier cancelled the check at the register
     echNotSupported = 71  ///< the register has no such operation
 };

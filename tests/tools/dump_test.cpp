@@ -127,23 +127,63 @@ TEST_F(DumpTest, WhatWasDamagedOnceIsAskedAgain) {
 TEST_F(DumpTest, WhatCannotBeReadIsToldAndTheRestIsKept) {
     Keep(UsedMemory(310));
     const RegisterProcess kassa = With(
-        "when read-ram 4-99 lose request\nwhen read-tape 2 refuse 0\n"
-        "when read-product 100-102 garble\n");
+        "when read-ram 4-6 lose request\nwhen read-tape 2 refuse 0\n"
+        "when read-product 2-4 garble\n");
     EXPECT_EQ(Kkm(kassa, "dump copy.mem --json"), 9);
-    EXPECT_THAT(output, HasSubstr("\"missing\": [\n    \"the working memory\",\n"
-                                  "    \"2 of 3 records of the control tape\",\n"
-                                  "    \"the goods from code 100 on\"\n  ]"));
-    EXPECT_THAT(output, HasSubstr("kkm: not read: the working memory\n"));
+    EXPECT_THAT(output,
+                HasSubstr("\"missing\": [\n    \"the working memory at 0x0040 to 0x007F\",\n"
+                          "    \"1 of 3 records of the control tape: 1\",\n"
+                          "    \"the goods with the codes 2\"\n  ]"));
+    EXPECT_THAT(output, HasSubstr("\"ram\": 8128,"));
+    EXPECT_THAT(output, HasSubstr("\"records\": 2,"));
+    EXPECT_THAT(output, HasSubstr("kkm: not read: the working memory at 0x0040 to 0x007F\n"));
     const std::string copy = folder.Content("copy.mem");
     EXPECT_THAT(copy,
-                HasSubstr("\n# not read: the goods from code 100 on\nregister firmware 310 "));
-    EXPECT_THAT(copy, HasSubstr(" first-record 2\n"));
+                HasSubstr("\n# not read: the goods with the codes 2\nregister firmware 310 "));
+    EXPECT_THAT(copy, HasSubstr(" first-record 0\n"));
+    const Memory whole = load_memory("till.mem");
+    const Memory memory = load_memory("copy.mem");
+    ASSERT_EQ(memory.tape.records().size(), 3U);
+    EXPECT_EQ(memory.tape.records()[0].amount_kopecks, 1999U);
+    EXPECT_EQ(memory.tape.records()[1].amount_kopecks, 0U) << "zeros stand for the gap";
+    EXPECT_EQ(memory.tape.records()[2].check_number, 258);
+    EXPECT_EQ(memory.serial(), "00077003");
+    EXPECT_EQ(memory.products.all().size(), 3U);
+    EXPECT_EQ(memory.section(), 5);
+    EXPECT_TRUE(
+        std::equal(memory.ram().begin() + 0x80, memory.ram().end(), whole.ram().begin() + 0x80));
+}
+
+TEST_F(DumpTest, RecordsBeforeAGapAtTheBeginningAreCounted) {
+    Keep(UsedMemory(310));
+    const RegisterProcess kassa = With("when read-tape 1-2 refuse 0\n");
+    EXPECT_EQ(Kkm(kassa, "dump copy.mem --products 0"), 9);
+    EXPECT_THAT(output, HasSubstr("not read: 2 of 3 records of the control tape: 0 to 1\n"));
     const Memory memory = load_memory("copy.mem");
     EXPECT_EQ(memory.tape.count(), 3);
     EXPECT_EQ(memory.tape.records().size(), 1U);
-    EXPECT_EQ(memory.serial(), "00077003");
-    EXPECT_EQ(memory.products.all().size(), 2U);
+}
+
+TEST_F(DumpTest, WithoutSerialNumberAndCountersTheMemoriesAreKept) {
+    Keep(UsedMemory(310));
+    const RegisterProcess kassa =
+        With("when read-ram 1 refuse 0\nwhen statistics always lose answer\n");
+    EXPECT_EQ(Kkm(kassa, "dump copy.mem --products 1"), 9);
+    EXPECT_THAT(output, HasSubstr("kkm: not read: the serial number\nkkm: not read: the counters\n"
+                                  "kkm: not read: how many records the control tape has\n"));
+    const Memory memory = load_memory("copy.mem");
+    EXPECT_EQ(memory.checks, 0);
+    EXPECT_EQ(memory.tape.records().size(), 3U);
+    EXPECT_EQ(memory.products.all().size(), 1U);
     EXPECT_EQ(memory.section(), 5);
+}
+
+TEST_F(DumpTest, AMemoryThatFallsSilentIsNotAskedToItsEnd) {
+    Keep(UsedMemory(310));
+    const RegisterProcess kassa = With("when read-ram 4-9999 lose request\n");
+    EXPECT_EQ(Kkm(kassa, "dump copy.mem --products 0"), 9);
+    EXPECT_THAT(output, HasSubstr("not read: the working memory at 0x0040 to 0x1FFF\n"));
+    EXPECT_THAT(output, HasSubstr("EEPROM bytes   16384\n"));
 }
 
 TEST_F(DumpTest, AnOpenCheckIsToldOf) {
@@ -167,11 +207,14 @@ TEST_F(DumpTest, ASilentRegisterIsStatus6) {
     EXPECT_EQ(folder.Content("copy.mem"), "");
 }
 
-TEST_F(DumpTest, WithoutCountersOrFirmwareThereIsNoDump) {
+TEST_F(DumpTest, WithoutFirmwareOrAnythingElseThereIsNoDump) {
     Keep(UsedMemory(303));
-    const RegisterProcess kassa = With("when statistics always lose answer\n");
-    EXPECT_EQ(Kkm(kassa, "dump copy.mem"), 9);
-    EXPECT_THAT(output, HasSubstr("kkm: the counters could not be read (error 2, echDevice)"));
+    const RegisterProcess kassa = With(
+        "when statistics always refuse 0\nwhen read-ram always refuse 0\n"
+        "when read-eeprom always refuse 0\nwhen read-tape always refuse 0\n");
+    EXPECT_EQ(Kkm(kassa, "dump copy.mem --products 0"), 9);
+    EXPECT_THAT(output,
+                HasSubstr("kkm: nothing but the firmware could be read (error 2, echDevice)"));
     const RegisterProcess unknown({"--firmware", "300"});
     EXPECT_EQ(Kkm(unknown, "dump copy.mem"), 9);
     EXPECT_THAT(output, HasSubstr("kkm: the firmware is unknown (error 3, echNoVersion)"));

@@ -265,6 +265,55 @@ TEST_F(TarvoRegister, WhatCannotBeIsSaidInOneLine) {
     EXPECT_NE(0, baud.status());
 }
 
+TEST_F(TarvoRegister, AnEmptyFileIsNotWhatItShouldBe) {
+    std::ofstream(file("empty")).close();
+    Program memory({"--memory", file("empty")});
+    EXPECT_EQ("tarvo-register: " + file("empty") + ", line 1: not a register's memory",
+              memory.error_line());
+    EXPECT_EQ(1, memory.status());
+    Program replay({"--replay", file("empty")});
+    EXPECT_EQ("tarvo-register: " + file("empty") + ", line 1: not a recording of a register",
+              replay.error_line());
+    EXPECT_EQ(1, replay.status());
+}
+
+TEST_F(TarvoRegister, AFileThatIsMissingIsStatus1) {
+    const std::string why =
+        "tarvo-register: cannot read " + file("none") + ": No such file or directory";
+    Program replay({"--replay", file("none")});
+    EXPECT_EQ(why, replay.error_line());
+    EXPECT_EQ(1, replay.status());
+    Program receipt({"receipt", "--memory", file("none")});
+    EXPECT_EQ(why, receipt.error_line());
+    EXPECT_EQ(1, receipt.status());
+}
+
+TEST_F(TarvoRegister, AMemoryIsForOneRegisterAtATime) {
+    {
+        Program first({"--memory", file("memory")});
+        first.tty();
+        Program second({"--memory", file("memory")});
+        EXPECT_EQ(
+            "tarvo-register: " + file("memory") + " is the memory of a register that is running",
+            second.error_line());
+        EXPECT_EQ(1, second.status());
+    }
+    Program later({"--memory", file("memory")});
+    later.tty();
+}
+
+TEST_F(TarvoRegister, TellsItsVersion) {
+    Program program({"--version"});
+    EXPECT_EQ("tarvo-register 1.0.0", program.line());
+    EXPECT_EQ(0, program.status());
+}
+
+TEST_F(TarvoRegister, OnceIsForOneCheckAtLeast) {
+    Program program({"--once", "0"});
+    EXPECT_NE(std::string::npos, program.error_line().find("--once"));
+    EXPECT_LT(100, program.status());
+}
+
 TEST_F(TarvoRegister, AMemoryOfAnotherFirmwareIsNotTaken) {
     {
         Program program({"--memory", file("memory"), "--firmware", "310"});
@@ -381,8 +430,9 @@ TEST_F(TarvoRegister, AMistakeInAScenarioIsSaidWithFileAndLine) {
               program.error_line());
     EXPECT_EQ(1, program.status());
     Program missing({"--scenario", file("none")});
-    EXPECT_NE(std::string::npos, missing.error_line().find("--scenario"));
-    EXPECT_NE(0, missing.status());
+    EXPECT_EQ("tarvo-register: cannot read " + file("none") + ": No such file or directory",
+              missing.error_line());
+    EXPECT_EQ(1, missing.status());
 }
 
 TEST_F(TarvoRegister, QuitInAScenarioEndsIt) {
@@ -451,6 +501,12 @@ TEST_F(TarvoRegister, ShowsTheLastReceiptOfAMemory) {
     Program png({"receipt", "--memory", file("memory"), "--output", file("last.png")});
     EXPECT_EQ(0, png.status());
     EXPECT_EQ(0u, contents("last.png").find("\x89PNG\r\n"));
+    Program picture({"receipt", "--memory", file("memory"), "--output", file("last.bmp")});
+    EXPECT_EQ("--output: " + file("last.bmp") +
+                  " ends with neither .txt, .svg nor .png; --format says what it is to be",
+              picture.error_line());
+    EXPECT_LT(100, picture.status());
+    EXPECT_FALSE(std::filesystem::exists(file("last.bmp")));
     Program nowhere({"receipt", "--memory", file("memory"), "--output", file("no/last.svg")});
     EXPECT_EQ("tarvo-register: cannot write " + file("no/last.svg") + ": No such file or directory",
               nowhere.error_line());

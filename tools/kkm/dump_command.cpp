@@ -83,9 +83,9 @@ void Tell(const RegisterDump& dump, const DumpOptions& options, bool as_json, St
         NumberFigure("firmware", "firmware", dump.firmware),
         TextFigure("serial_number", "serial number",
                    std::string(dump.serial.begin(), dump.serial.end())),
-        NumberFigure("ram", "RAM bytes", static_cast<int>(dump.ram.size())),
-        NumberFigure("eeprom", "EEPROM bytes", static_cast<int>(dump.eeprom.size())),
-        NumberFigure("records", "tape records", static_cast<int>(dump.records.size())),
+        NumberFigure("ram", "RAM bytes", dump.ram_read),
+        NumberFigure("eeprom", "EEPROM bytes", dump.eeprom_read),
+        NumberFigure("records", "tape records", dump.records_read),
         NumberFigure("products", "goods", static_cast<int>(dump.products.size()))};
     figures.push_back({"missing", "", "", dump.missing});
     streams.out << (as_json ? FiguresAsJson(figures) : FiguresAsText(figures)) << std::flush;
