@@ -68,6 +68,9 @@ class Journal {
     void Decided(std::int64_t attempt, const Evidence& evidence, const Verdict& verdict,
                  int driver_error);
 
+    // How far this connection follows a commit to the disk, in SQLite's numbers: 0 OFF to 3 EXTRA.
+    int Synchronous();
+
     // What is known of an attempt so far.
     Evidence EvidenceOf(const Attempt& attempt, const Check& check);
 
