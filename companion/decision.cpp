@@ -40,33 +40,14 @@ Verdict Unknown(Reason reason) {
     return {Outcome::unknown, reason};
 }
 
-// The new records that no other check of the journal accounts for.
-struct Unclaimed {
-    std::vector<std::size_t> places;  // among the new records
-    int checks = 0;
-};
-
-Unclaimed FindUnclaimed(const Evidence& evidence, int checks) {
+// Whether a later attempt's lines may be among the new records. Its mark excludes that, but for a
+// memory that was exchanged in between.
+bool AnotherMayOwn(const Evidence& evidence) {
     const int first = evidence.before->counters.records;
     const int end = evidence.after->records;
-    Unclaimed found;
-    found.checks = checks;
-    for (const Claim& claim : evidence.claims) {
-        if (claim.first_record >= first && claim.first_record + claim.records <= end) {
-            --found.checks;
-        }
-    }
-    for (std::size_t i = 0; i < evidence.records.size(); ++i) {
-        const int record = first + static_cast<int>(i);
-        const bool claimed = std::any_of(
-            evidence.claims.begin(), evidence.claims.end(), [record](const Claim& claim) {
-                return record >= claim.first_record && record < claim.first_record + claim.records;
-            });
-        if (!claimed) {
-            found.places.push_back(i);
-        }
-    }
-    return found;
+    return std::any_of(evidence.claims.begin(), evidence.claims.end(), [&](const Claim& claim) {
+        return claim.first_record < end && claim.end_record > first;
+    });
 }
 
 // The records of this check, one behind the other, found by their origin and compared by sums.
@@ -84,14 +65,8 @@ bool AreThisCheck(const Evidence& evidence, const std::vector<std::size_t>& plac
 }
 
 Verdict DecideByTape(const Evidence& evidence, int checks) {
-    const Unclaimed unclaimed = FindUnclaimed(evidence, checks);
-    const int records = static_cast<int>(unclaimed.places.size());
-    if (unclaimed.checks < 0 || records < unclaimed.checks ||
-        (unclaimed.checks == 0 && records > 0)) {
-        return Unknown(Reason::counters_at_odds);
-    }
     std::vector<std::size_t> from_driver;
-    for (const std::size_t place : unclaimed.places) {
+    for (std::size_t place = 0; place < evidence.records.size(); ++place) {
         const Origin origin = OriginOf(evidence.records[place]);
         if (origin == Origin::doubtful) {
             return Unknown(Reason::doubtful_records);
@@ -110,8 +85,8 @@ Verdict DecideByTape(const Evidence& evidence, int checks) {
     // Every other check has a record at least. With more records than that, some may have been
     // typed into this check, unless the driver had counted before the others came. A keyboard that
     // is locked while it works proves nothing: a line may be typed before the lock.
-    const int other_checks = unclaimed.checks - 1;
-    const int other_records = records - static_cast<int>(from_driver.size());
+    const int other_checks = checks - 1;
+    const int other_records = static_cast<int>(evidence.records.size() - from_driver.size());
     const bool undisturbed = other_checks > 0 && evidence.driver_result.value_or(0) == 1;
     if (other_records < other_checks) {
         return Unknown(Reason::counters_at_odds);
@@ -121,6 +96,67 @@ Verdict DecideByTape(const Evidence& evidence, int checks) {
     }
     return {Outcome::printed, Reason::on_tape,
             evidence.before->counters.records + static_cast<int>(from_driver[0])};
+}
+
+Verdict DecideUnmoved(const Evidence& evidence, bool nothing_open) {
+    if (evidence.driver_result.value_or(0) == 1) {
+        return Unknown(Reason::counters_went_back);  // the driver had seen them move
+    }
+    return nothing_open ? Verdict{Outcome::not_printed, Reason::counters_unmoved}
+                        : Unknown(Reason::check_may_be_open);
+}
+
+// What the marks of this attempt and the next tell by themselves, without the register.
+std::optional<Verdict> DecideByMarks(const Mark& before, const Evidence& evidence) {
+    const Mark& until = *evidence.until;
+    if (until.counters.checks < before.counters.checks ||
+        until.counters.records < before.counters.records) {
+        return Unknown(Reason::counters_went_back);
+    }
+    if (until.counters != before.counters) {
+        return std::nullopt;
+    }
+    return until.last_record == before.last_record ? DecideUnmoved(evidence, true)
+                                                   : Unknown(Reason::other_memory);
+}
+
+Verdict DecideByMoves(const Evidence& evidence) {
+    const int checks = evidence.after->checks - evidence.before->counters.checks;
+    const int records = evidence.after->records - evidence.before->counters.records;
+    if (checks == 0 && records == 0) {
+        return DecideUnmoved(evidence, evidence.nothing_open);
+    }
+    if (records < checks || checks == 0) {
+        return Unknown(Reason::counters_at_odds);
+    }
+    if (evidence.records.size() != static_cast<std::size_t>(records)) {
+        return Unknown(Reason::tape_unread);
+    }
+    if (AnotherMayOwn(evidence)) {
+        return Unknown(Reason::not_told_apart);
+    }
+    return DecideByTape(evidence, checks);
+}
+
+// What was found later, as it would have been found when the next attempt's mark was read.
+Verdict DecideUntilNext(const Evidence& evidence) {
+    const Mark& until = *evidence.until;
+    const Counters& after = *evidence.after;
+    const int first = evidence.before->counters.records;
+    if (after.checks < until.counters.checks || after.records < until.counters.records) {
+        return Unknown(Reason::counters_went_back);
+    }
+    if (evidence.records.size() != static_cast<std::size_t>(after.records - first)) {
+        return Unknown(Reason::tape_unread);
+    }
+    Evidence then = evidence;
+    then.after = until.counters;
+    then.nothing_open = true;
+    then.records.resize(static_cast<std::size_t>(until.counters.records - first));
+    if (!then.records.empty() && Text(then.records.back()) != until.last_record) {
+        return Unknown(Reason::other_memory);
+    }
+    return DecideByMoves(then);
 }
 
 }  // namespace
@@ -154,6 +190,11 @@ Verdict Decide(const Evidence& evidence) {
     if (evidence.stage == Stage::intended || evidence.stage == Stage::counted) {
         return {Outcome::not_printed, Reason::nothing_sent};
     }
+    if (evidence.before && evidence.until) {
+        if (const auto verdict = DecideByMarks(*evidence.before, evidence)) {
+            return *verdict;
+        }
+    }
     if (!evidence.before || !evidence.after) {
         return Unknown(Reason::register_unread);
     }
@@ -172,22 +213,7 @@ Verdict Decide(const Evidence& evidence) {
         return Unknown(evidence.last_record_now.empty() ? Reason::tape_unread
                                                         : Reason::other_memory);
     }
-    const int checks = after.checks - before.checks;
-    const int records = after.records - before.records;
-    if (checks == 0 && records == 0) {
-        if (evidence.driver_result.value_or(0) == 1) {
-            return Unknown(Reason::counters_went_back);  // the driver had seen them move
-        }
-        return evidence.nothing_open ? Verdict{Outcome::not_printed, Reason::counters_unmoved}
-                                     : Unknown(Reason::check_may_be_open);
-    }
-    if (records < checks || checks == 0) {
-        return Unknown(Reason::counters_at_odds);
-    }
-    if (evidence.records.size() != static_cast<std::size_t>(records)) {
-        return Unknown(Reason::tape_unread);
-    }
-    return DecideByTape(evidence, checks);
+    return evidence.until ? DecideUntilNext(evidence) : DecideByMoves(evidence);
 }
 
 }  // namespace kkmcheck

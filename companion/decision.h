@@ -47,6 +47,7 @@ enum class Reason : int {
     other_lines_on_tape = 29,
     doubtful_records = 30,
     lines_added_by_hand = 31,
+    not_told_apart = 32,
 };
 
 struct Counters {
@@ -81,10 +82,10 @@ struct Mark {
     std::string last_record;  // as Text() gives it; "none" when the tape has none
 };
 
-// Records of another check of this journal, known to be printed.
+// Where the lines of a later attempt of this journal stand, or may stand, on the same tape.
 struct Claim {
     int first_record = 0;
-    int records = 0;
+    int end_record = 0;  // the one behind its last
 };
 
 struct Evidence {
@@ -92,6 +93,9 @@ struct Evidence {
     std::vector<ExpectedRecord> expected;
     std::optional<Mark> before;
     std::optional<int> driver_result;  // of PrintCheck()
+    // Read for the next attempt on the same tape, when nothing of this one was open any more: what
+    // this check left on the tape lies between the two marks, whenever it is looked for.
+    std::optional<Mark> until;
 
     std::optional<Counters> after;
     // Behind `after` no check was open at the register.

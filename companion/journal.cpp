@@ -1,5 +1,7 @@
 #include "companion/journal.h"
 
+#include <limits>
+
 #include "companion/readable_name.h"
 #include "companion/statement.h"
 
@@ -378,25 +380,38 @@ void Journal::Decided(std::int64_t attempt, const Evidence& evidence, const Verd
     RequireOne(row.Put(RecordsText(evidence)).Put(attempt).Run());
 }
 
-std::vector<Claim> Journal::ClaimsBeside(const Attempt& attempt) {
+// An earlier attempt's lines are below this one's mark.
+std::vector<Claim> Journal::ClaimsBehind(const Attempt& attempt) {
     std::vector<Claim> claims;
     if (!attempt.before) {
         return claims;
     }
-    Statement rows(database_,
-                   "SELECT first_record, (SELECT count(*) FROM lines WHERE key = a.key) "
-                   "FROM attempts a WHERE outcome = 'printed' AND first_record IS NOT NULL "
-                   "AND serial_number = ? AND tape_before = ? AND id != ?");
-    rows.Put(std::int64_t{attempt.before->counters.serial})
-        .Put(std::int64_t{attempt.before->counters.tape})
-        .Put(attempt.id);
-    while (rows.Step()) {
-        Claim claim;
-        claim.first_record = static_cast<int>(rows.Number());
-        claim.records = static_cast<int>(rows.Number());
-        claims.push_back(claim);
+    const auto others =
+        Select("WHERE id > " + std::to_string(attempt.id) +
+                   " AND serial_number = " + std::to_string(attempt.before->counters.serial) +
+                   " AND tape_before = " + std::to_string(attempt.before->counters.tape) +
+                   " AND outcome != 'not printed' AND stage IN ('sending', 'returned')",
+               nullptr);
+    for (const Attempt& other : others) {
+        const bool known = other.first_record >= 0;
+        claims.push_back(
+            {known ? other.first_record : other.before->counters.records,
+             known ? other.first_record + other.lines : std::numeric_limits<int>::max()});
     }
     return claims;
+}
+
+std::optional<Mark> Journal::MarkBehind(const Attempt& attempt) {
+    if (!attempt.before) {
+        return std::nullopt;
+    }
+    const auto next = Select("WHERE id > " + std::to_string(attempt.id) + " AND serial_number = " +
+                                 std::to_string(attempt.before->counters.serial) +
+                                 " AND stage IN ('sending', 'returned') ORDER BY id LIMIT 1",
+                             nullptr);
+    const bool same_tape =
+        !next.empty() && next[0].before->counters.tape == attempt.before->counters.tape;
+    return same_tape ? next[0].before : std::nullopt;
 }
 
 Evidence Journal::EvidenceOf(const Attempt& attempt, const Check& check) {
@@ -405,7 +420,8 @@ Evidence Journal::EvidenceOf(const Attempt& attempt, const Check& check) {
     evidence.expected = ExpectedRecords(check);
     evidence.before = attempt.before;
     evidence.driver_result = attempt.driver_result;
-    evidence.claims = ClaimsBeside(attempt);
+    evidence.until = MarkBehind(attempt);
+    evidence.claims = ClaimsBehind(attempt);
     return evidence;
 }
 

@@ -79,7 +79,9 @@ class Journal {
     void Run(const std::string& sql);
     void Insert(const std::string& key, const Check& check);
     std::vector<Attempt> Select(const std::string& behind, const std::string* key);
-    std::vector<Claim> ClaimsBeside(const Attempt& attempt);
+    std::vector<Claim> ClaimsBehind(const Attempt& attempt);
+    // Of the next attempt, on the same tape; nothing when the register had another one by then.
+    std::optional<Mark> MarkBehind(const Attempt& attempt);
 
     sqlite3* database_ = nullptr;
 };

@@ -57,6 +57,9 @@ constexpr Row kRows[] = {
     {Reason::lines_added_by_hand, "lines_added_by_hand",
      "The tape has the check's lines, and lines typed by hand that may be in the same check. "
      "Compare the paper with the check."},
+    {Reason::not_told_apart, "not_told_apart",
+     "Another check of the journal may have left the lines that the tape has. Compare the paper "
+     "with both checks."},
 };
 
 const Row& RowOf(Reason reason) {

@@ -107,12 +107,18 @@ void RegisterSession::OnQuery() {
 }
 
 // In the middle of PrintCheck(), before the first line is sent. The counters are read once more,
-// since a cashier may have sold something while the register was waited for.
+// since a cashier may have sold something while the register was waited for, and a check that broke
+// off before may have come out until CheckClose() took it away. The mark that goes into the journal
+// bounds the earlier attempts: without one of this moment nothing is sent.
 void RegisterSession::Asked() {
     conditions_.sending_begins();
-    if (const auto mark = ReadMark()) {
-        printing_->before = mark;
+    const auto mark = ReadMark();
+    if (!mark) {
+        FreeKeyboard();  // the driver has locked it for a check that does not come
+        conditions_.abandon();
+        return;
     }
+    printing_->before = mark;
     // The driver takes what these queries left behind for an error of its own.
     cbGetClearBufMode();
     try {

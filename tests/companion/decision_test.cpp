@@ -135,7 +135,7 @@ TEST(Decision, AnotherLastRecordIsAnotherMemory) {
 TEST(Decision, CountersThatNoChecksMakeAreAtOdds) {
     EXPECT_EQ(ReasonOf(Then(0, {Sent(1000)})), Reason::counters_at_odds);
     EXPECT_EQ(ReasonOf(Then(2, {Sent(1000)})), Reason::counters_at_odds);
-    // Three checks, two of them the other one's records: one record for two checks.
+    // Three checks, one of them this one: one record for two checks.
     EXPECT_EQ(ReasonOf(Then(3, {Sent(1000), Sent(2000), Typed(5)})), Reason::counters_at_odds);
 }
 
@@ -215,21 +215,76 @@ TEST(Decision, RecordsBetweenSentAndTypedAreDoubtful) {
     EXPECT_EQ(ReasonOf(Then(1, {taken_back, Sent(2000)})), Reason::doubtful_records);
 }
 
-TEST(Decision, ChecksOfTheJournalAreAccountedFor) {
-    Evidence evidence = Then(2, {Sent(1000), Sent(2000), Sent(1000), Sent(2000)});
-    evidence.claims = {{42, 2}};
-    EXPECT_EQ(Decide(evidence).outcome, Outcome::printed);
-    EXPECT_EQ(Decide(evidence).first_record, 40);
-    evidence = Then(1, {Sent(1000), Sent(2000)});
-    evidence.claims = {{40, 2}};
-    EXPECT_EQ(ReasonOf(evidence), Reason::not_on_tape);
-    EXPECT_EQ(Decide(evidence).outcome, Outcome::not_printed);
+TEST(Decision, RecordsThatAnotherCheckOfTheJournalMayHaveLeftAreNotToldApart) {
+    for (const Claim claim : {Claim{40, 42}, Claim{41, 90}, Claim{30, 41}}) {
+        Evidence evidence = Then(1, {Sent(1000), Sent(2000)});
+        evidence.claims = {claim};
+        EXPECT_EQ(ReasonOf(evidence), Reason::not_told_apart);
+        EXPECT_EQ(Decide(evidence).outcome, Outcome::unknown);
+    }
 }
 
 TEST(Decision, ClaimsElsewhereDoNotCount) {
     Evidence evidence = Then(1, {Sent(1000), Sent(2000)});
-    evidence.claims = {{38, 2}, {42, 2}};
+    evidence.claims = {{38, 40}, {42, 44}};
     EXPECT_EQ(Decide(evidence).outcome, Outcome::printed);
+    Evidence unmoved = Died();
+    unmoved.claims = {{38, 90}};
+    EXPECT_EQ(ReasonOf(unmoved), Reason::counters_unmoved);
+}
+
+// The next attempt found the counters where this one had, and left records like this one's.
+TEST(Decision, CountersUnmovedUntilTheNextAttemptProveThatNothingWasPrinted) {
+    Evidence evidence = Then(1, {Sent(1000), Sent(2000)});
+    evidence.until = evidence.before;
+    evidence.claims = {{40, 2'000'000'000}};
+    EXPECT_EQ(ReasonOf(evidence), Reason::counters_unmoved);
+    EXPECT_EQ(Decide(evidence).outcome, Outcome::not_printed);
+    evidence.nothing_open = false;
+    EXPECT_EQ(ReasonOf(evidence), Reason::counters_unmoved) << "the next attempt found none open";
+    evidence.after.reset();
+    EXPECT_EQ(ReasonOf(evidence), Reason::counters_unmoved) << "the register is not needed";
+}
+
+TEST(Decision, TheNextAttemptsMarkMustFitThisOnes) {
+    Evidence evidence = Died();
+    evidence.until = Mark{{12345, 4, 17, 40}, "other"};
+    EXPECT_EQ(ReasonOf(evidence), Reason::other_memory);
+    evidence.until = Mark{{12345, 4, 17, 39}, "last"};
+    EXPECT_EQ(ReasonOf(evidence), Reason::counters_went_back);
+    evidence.until = Mark{{12345, 4, 16, 40}, "last"};
+    EXPECT_EQ(ReasonOf(evidence), Reason::counters_went_back);
+    evidence.until = evidence.before;
+    evidence.driver_result = 1;
+    EXPECT_EQ(ReasonOf(evidence), Reason::counters_went_back);
+}
+
+TEST(Decision, RecordsBehindTheNextAttemptsMarkAreNotThisChecks) {
+    Evidence evidence = Then(2, {Typed(5), Sent(1000), Sent(2000)});
+    evidence.until = Mark{{12345, 4, 18, 41}, Text(Typed(5))};
+    evidence.nothing_open = false;
+    EXPECT_EQ(ReasonOf(evidence), Reason::not_on_tape);
+    EXPECT_EQ(Decide(evidence).outcome, Outcome::not_printed);
+    evidence = Then(2, {Sent(1000), Sent(2000), Sent(1000), Sent(2000)});
+    evidence.until = Mark{{12345, 4, 18, 42}, Text(Sent(2000))};
+    evidence.claims = {{42, 44}};
+    EXPECT_EQ(Decide(evidence).outcome, Outcome::printed);
+    EXPECT_EQ(Decide(evidence).first_record, 40);
+}
+
+TEST(Decision, ATapeThatIsNotTheNextAttemptsTellsNothing) {
+    Evidence evidence = Then(2, {Sent(1000), Sent(2000), Typed(5)});
+    evidence.until = Mark{{12345, 4, 18, 42}, Text(Sent(2001))};
+    EXPECT_EQ(ReasonOf(evidence), Reason::other_memory);
+    evidence.until = Mark{{12345, 4, 18, 44}, Text(Sent(2000))};
+    EXPECT_EQ(ReasonOf(evidence), Reason::counters_went_back);
+    evidence.until = Mark{{12345, 4, 20, 42}, Text(Sent(2000))};
+    EXPECT_EQ(ReasonOf(evidence), Reason::counters_went_back);
+    evidence.until = Mark{{12345, 4, 18, 42}, Text(Sent(2000))};
+    evidence.records.pop_back();
+    EXPECT_EQ(ReasonOf(evidence), Reason::tape_unread);
+    evidence.after.reset();
+    EXPECT_EQ(ReasonOf(evidence), Reason::register_unread);
 }
 
 TEST(Decision, QuantitiesAboveWhatARecordHoldsAreKeptAsTheLargest) {
@@ -239,13 +294,14 @@ TEST(Decision, QuantitiesAboveWhatARecordHoldsAreKeptAsTheLargest) {
 }
 
 TEST(Decision, EveryReasonHasANameAndAdvice) {
-    for (int number = 0; number < 32; ++number) {
+    for (int number = 0; number < 33; ++number) {
         const auto reason = static_cast<Reason>(number);
         if (Name(reason) != "none") {
             EXPECT_GT(Advice(reason).size(), 20U) << number;
         }
     }
     EXPECT_EQ(Name(Reason::lines_added_by_hand), "lines_added_by_hand");
+    EXPECT_EQ(Name(Reason::not_told_apart), "not_told_apart");
     EXPECT_EQ(Name(static_cast<Reason>(99)), "none");
 }
 

@@ -129,22 +129,58 @@ TEST_F(JournalTest, AttemptsOfAKeyAreNumbered) {
     EXPECT_EQ(journal.Attempts().size(), 3U);
 }
 
-TEST_F(JournalTest, PrintedChecksOfTheSameTapeAreClaimed) {
+TEST_F(JournalTest, LaterPrintedChecksOfTheSameTapeAreClaimed) {
     Journal journal = Open();
     const auto print = [&](const char* key, const Counters& before, int first) {
         const auto id = journal.Begin(key, Bread(), "/dev/ttyS0");
         journal.Counted(id, {before, ""}, 303);
+        journal.Sending(id, {before, ""});
         journal.Decided(id, {}, {Outcome::printed, Reason::on_tape, first}, 0);
+        return id;
     };
-    print("A", kBefore, 40);
+    const auto id = print("K", kBefore, 40);
+    print("A", {12345, 4, 18, 43}, 43);
     print("B", {12345, 5, 0, 0}, 0);
-    print("C", {99999, 4, 17, 40}, 40);
-    const auto id = journal.Begin("K", Bread(), "/dev/ttyS0");
-    journal.Counted(id, {kBefore, ""}, 303);
+    print("C", {99999, 4, 18, 43}, 43);
     const auto claims = journal.EvidenceOf(*journal.FindAttempt(id), Bread()).claims;
     ASSERT_EQ(claims.size(), 1U);
-    EXPECT_EQ(claims[0].first_record, 40);
-    EXPECT_EQ(claims[0].records, 2);
+    EXPECT_EQ(claims[0].first_record, 43);
+    EXPECT_EQ(claims[0].end_record, 45);
+    EXPECT_TRUE(journal.EvidenceOf(*journal.FindAttempt("A"), Bread()).claims.empty());
+}
+
+TEST_F(JournalTest, TheNextMarkOfTheSameTapeBoundsAnAttempt) {
+    Journal journal = Open();
+    const auto reach = [&](const char* key, const Counters& counters, Stage stage) {
+        const auto id = journal.Begin(key, Bread(), "/dev/ttyS0");
+        journal.Counted(id, {counters, "counted"}, 303);
+        if (stage == Stage::sending) {
+            journal.Sending(id, {counters, key});
+        }
+    };
+    const auto of = [&](const char* key) {
+        return journal.EvidenceOf(*journal.FindAttempt(key), Bread());
+    };
+    reach("A", kBefore, Stage::sending);
+    EXPECT_FALSE(of("A").until);
+    reach("counted only", {12345, 4, 17, 41}, Stage::counted);
+    reach("other register", {99999, 4, 17, 41}, Stage::sending);
+    EXPECT_FALSE(of("A").until);
+    EXPECT_TRUE(of("A").claims.empty());
+    reach("B", {12345, 4, 18, 42}, Stage::sending);
+    ASSERT_TRUE(of("A").until);
+    EXPECT_EQ(of("A").until->counters, (Counters{12345, 4, 18, 42}));
+    EXPECT_EQ(of("A").until->last_record, "B");
+    ASSERT_EQ(of("A").claims.size(), 1U);
+    EXPECT_EQ(of("A").claims[0].first_record, 42);
+    EXPECT_EQ(of("A").claims[0].end_record, 2147483647);
+    EXPECT_TRUE(of("B").claims.empty());
+    // What comes back to this tape behind another one's bounds nothing.
+    reach("C", {12345, 5, 0, 0}, Stage::sending);
+    reach("D", {12345, 4, 17, 40}, Stage::sending);
+    EXPECT_FALSE(of("B").until);
+    ASSERT_EQ(of("B").claims.size(), 1U);
+    EXPECT_EQ(of("B").claims[0].first_record, 40);
 }
 
 TEST_F(JournalTest, TwoProgramsMayHaveItOpen) {
