@@ -23,7 +23,8 @@ TEST(States, LineAddedShowsItsFigures) {
               "quantity    1.500 kg\n"
               "marked      no\n"
               "price       42.50\n"
-              "name        Хлеб\n");
+              "name        Хлеб\n"
+              "sum         66.94\n");
 }
 
 TEST(States, CheckOutShowsADiscountByItsSign) {
@@ -43,6 +44,29 @@ TEST(States, CheckOutShowsADiscountByItsSign) {
 TEST(States, NoQuantityWhileGoodsAreEnteredIsOnePiece) {
     EXPECT_THAT(Text(0xA1, {0, 7, 1, 1, 0, 0, 1}), testing::HasSubstr("quantity    1\n"));
     EXPECT_THAT(Text(0xA3, {1, 0, 0, 3, 0, 2, '4', '6'}), testing::HasSubstr("bar code    46\n"));
+}
+
+TEST(States, OnlyALineThatWasAddedHasASum) {
+    const Bytes pieces = {0, 1, 0, 1, 0, 2, 0, 0, 0, 1, 0, 0, 3, 0, 0, 0x10, 0x9A};
+    EXPECT_THAT(Text(0xA2, pieces), testing::HasSubstr("sum         127.50\n"));
+    EXPECT_THAT(Text(0xC4, pieces), testing::Not(testing::HasSubstr("sum ")));
+}
+
+// The driver's odd order of bytes: the third counts 2^24, the first two count nothing.
+TEST(States, KeepsTheOddAmountOfADiscountCard) {
+    const Bytes data = {0, 1, 0, 9, 2, 1, 5, 6, 1, 3, 4, 2, '4', '6'};
+    EXPECT_EQ(Text(0xCA, data),
+              "document  1\n"
+              "position  9\n"
+              "lines     2\n"
+              "kind      1\n"
+              "amount    167779.88\n"
+              "card      46\n");
+}
+
+TEST(States, WeightIsThereWhenAByteIsNotZero) {
+    EXPECT_EQ(Text(0xCD, {0, 0, 4}), "weighed  yes\n");
+    EXPECT_EQ(Text(0xCD, {0, 0}), "weighed  no\n");
 }
 
 TEST(States, MissingBytesReadAsZero) {

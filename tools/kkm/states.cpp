@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 
 #include "kkm/encoding.h"
@@ -17,6 +18,10 @@ class Data {
 
     int Byte(std::size_t at) const { return at < bytes_.size() ? bytes_[at] : 0; }
     bool Flag(std::size_t at) const { return Byte(at) != 0; }
+    // As the driver reads five bytes: only three of them count, at odd places.
+    double CardAmount(std::size_t at) const {
+        return Byte(at + 2) * 16777216.0 + Byte(at + 3) * 256.0 + Byte(at + 4);
+    }
     long Number(std::size_t at, std::size_t count) const {
         long value = 0;
         for (std::size_t i = 0; i < count; ++i) {
@@ -66,12 +71,13 @@ class List {
     List& SignedPercent(std::size_t sign, std::size_t at) {
         return Number("percent", "per cent", data_.Flag(sign) ? data_.Byte(at) : -data_.Byte(at));
     }
-    List& Marked(std::size_t at) {
-        figures_.push_back(FlagFigure("marked", "marked", data_.Flag(at), "yes", "no"));
+    List& Flag(const std::string& key, bool value) {
+        figures_.push_back(FlagFigure(key, key, value, "yes", "no"));
         return *this;
     }
-    List& Money(const std::string& key, const std::string& label, long kopecks) {
-        figures_.push_back(MoneyFigure(key, label, static_cast<double>(kopecks) * kHundredth));
+    List& Marked(std::size_t at) { return Flag("marked", data_.Flag(at)); }
+    List& Money(const std::string& key, const std::string& label, double kopecks) {
+        figures_.push_back(MoneyFigure(key, label, kopecks * kHundredth));
         return *this;
     }
     List& Quantity(std::size_t at, bool weighed) {
@@ -107,23 +113,38 @@ void AddLine(List& list, int more_sales) {
     list.Document(0).Position(2, 1).Sale(4, more_sales).Department(5);
     list.Number("attribute", "attribute", list.data().Byte(6)).Percent(7).Goods(8);
     list.Quantity(11, list.data().Flag(10)).Marked(13);
-    list.Money("price", "price", list.data().Number(14, 3)).Text("name", "name", 17, kToTheEnd);
+    list.Money("price", "price", static_cast<double>(list.data().Number(14, 3)))
+        .Text("name", "name", 17, kToTheEnd);
+}
+
+double RoundHalfUp(double value) {
+    return std::floor(value + 0.5);
+}
+
+// The driver's sum of a line that was added; its factor for weights is of single precision.
+double LineSum(const Data& data) {
+    const double factor = data.Flag(10) ? static_cast<double>(0.001F) : 1.0;
+    const double quantity = static_cast<double>(data.Number(11, 2)) * factor;
+    const double sum = RoundHalfUp(static_cast<double>(data.Number(14, 3)) * quantity);
+    return sum + RoundHalfUp(sum * data.Byte(7) * 0.01);
 }
 
 void AddFreeLine(List& list) {
     list.Document(0).Position(2).Sale(4).Marked(5).Department(6);
     list.Number("attribute", "attribute", list.data().Byte(7)).Percent(8);
     list.Quantity(10, list.data().Flag(9));
-    list.Money("price", "price", list.data().Number(12, 3));
-    list.Money("sum", "sum", list.data().Number(15, 3));
+    list.Money("price", "price", static_cast<double>(list.data().Number(12, 3)));
+    list.Money("sum", "sum", static_cast<double>(list.data().Number(15, 3)));
 }
 
 void AddCheckOut(List& list) {
     list.Document(0).Position(2, 1).Lines(4).Kind(5);
     list.Number("section", "section", list.data().Byte(6) + 1);
-    list.Money("amount", "amount", list.data().Number(8, 4)).SignedPercent(12, 13);
+    list.Money("amount", "amount", static_cast<double>(list.data().Number(8, 4)))
+        .SignedPercent(12, 13);
     const long discount = list.data().Number(15, 4);
-    list.Money("discount", "discount", list.data().Flag(12) ? discount : -discount);
+    list.Money("discount", "discount",
+               static_cast<double>(list.data().Flag(12) ? discount : -discount));
 }
 
 }  // namespace
@@ -166,6 +187,7 @@ std::vector<Figure> FiguresOfState(int code, const Bytes& bytes) {
             break;
         case 0xA2:
             AddLine(list, 1);
+            list.Money("sum", "sum", LineSum(data));
             break;
         case 0xA3:
             list.Department(0).EnteredQuantity(2, data.Flag(1)).Marked(4);
@@ -188,11 +210,12 @@ std::vector<Figure> FiguresOfState(int code, const Bytes& bytes) {
             break;
         case 0xC9:
             list.Document(0).Position(2).Lines(4).Kind(5);
-            list.Money("amount", "amount", data.Number(7, 4)).SignedPercent(11, 12);
+            list.Money("amount", "amount", static_cast<double>(data.Number(7, 4)))
+                .SignedPercent(11, 12);
             break;
         case 0xCA:
             list.Document(0).Position(2).Lines(4).Kind(5);
-            list.Money("amount", "amount", data.Number(6, 5));
+            list.Money("amount", "amount", data.CardAmount(6));
             list.Text("card", "card", 12, static_cast<std::size_t>(data.Byte(11)));
             break;
         case 0xCB:
@@ -201,6 +224,10 @@ std::vector<Figure> FiguresOfState(int code, const Bytes& bytes) {
             break;
         case 0xCC:
             list.Document(0);
+            break;
+        case 0xCD:
+            list.Flag("weighed", std::any_of(bytes.begin(), bytes.end(),
+                                             [](std::uint8_t byte) { return byte != 0; }));
             break;
         default:
             break;
