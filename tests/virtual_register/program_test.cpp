@@ -451,6 +451,9 @@ TEST_F(TarvoRegister, ShowsTheLastReceiptOfAMemory) {
     Program png({"receipt", "--memory", file("memory"), "--output", file("last.png")});
     EXPECT_EQ(0, png.status());
     EXPECT_EQ(0u, contents("last.png").find("\x89PNG\r\n"));
+    const std::string full =
+        TARVO_REGISTER " receipt --memory " + file("memory") + " >/dev/full 2>/dev/null";
+    EXPECT_EQ(1, WEXITSTATUS(std::system(full.c_str())));
     Program nowhere({"receipt", "--memory", file("memory"), "--output", file("no/last.svg")});
     EXPECT_EQ("tarvo-register: cannot write " + file("no/last.svg") + ": No such file or directory",
               nowhere.error_line());

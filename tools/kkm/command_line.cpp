@@ -11,6 +11,7 @@
 #include "kkm/explain.h"
 #include "kkm/journal_line.h"
 #include "kkm/query_commands.h"
+#include "kkm/report.h"
 #include "kkm/run_command.h"
 #include "kkm/service_commands.h"
 #include "kkm/tape_command.h"
@@ -90,6 +91,7 @@ class CommandLine {
 
     ExitStatus Run(int argc, const char* const* argv);
     CLI::App& app() { return app_; }
+    bool PrintsACheck() const { return app_.got_subcommand("check") && !dry_run_; }
 
   private:
     CLI::App* Add(const std::string& name, const std::string& about,
@@ -337,14 +339,16 @@ ExitStatus Run(int argc, const char* const* argv, Streams& streams) {
             for (const std::string& word : Complete(line.app(), {argv + 2, argv + argc})) {
                 streams.out << word << '\n';
             }
-            return ExitStatus::done;
+            return EndOutput(ExitStatus::done, false, streams);
         }
         try {
-            return line.Run(argc, argv);
+            const ExitStatus status = line.Run(argc, argv);
+            const bool printed = line.PrintsACheck() && status == ExitStatus::done;
+            return EndOutput(status, printed, streams);
         } catch (const CLI::ParseError& e) {
             if (e.get_exit_code() == 0) {  // help or the version was asked for
                 line.app().exit(e, streams.out, streams.err);
-                return ExitStatus::done;
+                return EndOutput(ExitStatus::done, false, streams);
             }
             streams.err << "kkm: " << e.what() << " (kkm --help tells more)" << std::endl;
             return ExitStatus::usage;

@@ -1,5 +1,8 @@
 #include "kkm/report.h"
 
+#include <poll.h>
+#include <unistd.h>
+
 #include <nlohmann/json.hpp>
 #include <sstream>
 
@@ -23,6 +26,11 @@ std::string Wrapped(const std::string& text, const std::string& indent) {
         line += (line.size() > indent.size() ? " " : "") + word;
     }
     return lines + line + "\n";
+}
+
+bool ReaderWentAway() {
+    pollfd output{STDOUT_FILENO, POLLOUT, 0};
+    return ::poll(&output, 1, 0) == 1 && (output.revents & (POLLERR | POLLHUP)) != 0;
 }
 
 }  // namespace
@@ -55,6 +63,15 @@ ExitStatus Report(const RegisterFailure& failure, bool as_json, Streams& streams
     }
     ReportFailure(failure, streams.err);
     return failure.status();
+}
+
+ExitStatus EndOutput(ExitStatus status, bool check_printed, Streams& streams) {
+    if (streams.out.flush() || ReaderWentAway()) {
+        return status;
+    }
+    streams.err << "kkm: the results could not be written"
+                << (check_printed ? "; the check is printed" : "") << std::endl;
+    return status == ExitStatus::done && !check_printed ? ExitStatus::failed : status;
 }
 
 }  // namespace kkm

@@ -34,4 +34,8 @@ void ReportFailureAsJson(const RegisterFailure& failure, std::ostream& to);
 // the failure's status.
 ExitStatus Report(const RegisterFailure& failure, bool as_json, Streams& streams);
 
+// At the end of a command: says when its results could not be written, which is status 1 for what
+// else was done. A reader that went away, and a printed check, leave the status as it is.
+ExitStatus EndOutput(ExitStatus status, bool check_printed, Streams& streams);
+
 }  // namespace kkm
