@@ -1,7 +1,9 @@
 #include "kkm/command_line.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <functional>
+#include <string_view>
 
 #include "kkm/check_command.h"
 #include "kkm/completion.h"
@@ -330,9 +332,16 @@ ExitStatus CommandLine::Run(int argc, const char* const* argv) {
     return run_();
 }
 
+// Also of a command line that is wrong; what stands behind -- is another program's.
+bool AsksForJson(int argc, const char* const* argv) {
+    const char* const* const end = std::find(argv, argv + argc, std::string_view("--"));
+    return std::find(argv, end, std::string_view("--json")) != end;
+}
+
 }  // namespace
 
 ExitStatus Run(int argc, const char* const* argv, Streams& streams) {
+    const bool as_json = AsksForJson(argc, argv);
     try {
         CommandLine line(streams);
         if (argc > 1 && argv[1] == std::string_view("--complete")) {
@@ -350,15 +359,13 @@ ExitStatus Run(int argc, const char* const* argv, Streams& streams) {
                 line.app().exit(e, streams.out, streams.err);
                 return EndOutput(ExitStatus::done, false, streams);
             }
-            streams.err << "kkm: " << e.what() << " (kkm --help tells more)" << std::endl;
-            return ExitStatus::usage;
+            return Report(ExitStatus::usage, e.what() + std::string(" (kkm --help tells more)"),
+                          as_json, streams);
         }
     } catch (const CheckFileError& e) {
-        streams.err << "kkm: " << e.what() << std::endl;
-        return ExitStatus::bad_file;
+        return Report(ExitStatus::bad_file, e.what(), as_json, streams);
     } catch (const std::exception& e) {
-        streams.err << "kkm: " << e.what() << std::endl;
-        return ExitStatus::failed;
+        return Report(ExitStatus::failed, e.what(), as_json, streams);
     }
 }
 
