@@ -60,7 +60,9 @@ void show_receipt(const virtual_register::ReceiptOptions& options) {
     virtual_register::compose_receipt(*memory.last_check, memory, false, lines);
     const std::string receipt = virtual_register::receipt_as(options.format, lines);
     if (options.output.empty()) {
-        std::cout << receipt << std::flush;
+        if (!(std::cout << receipt << std::flush)) {
+            throw std::runtime_error("the receipt could not be written");
+        }
     } else {
         virtual_register::write_receipt(options.output, receipt);
     }

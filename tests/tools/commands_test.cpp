@@ -2,10 +2,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <sstream>
 
 #include "VeskTarvoM5/VeskTarvoM5.h"
 #include "kkm/command_line.h"
+#include "support/temp_directory.h"
 #include "tools/fake_library.h"
 
 namespace kkm {
@@ -104,6 +106,58 @@ TEST_F(CommandsTest, RecordsBeforeAnUnreadableOneAreShown) {
     EXPECT_THAT(out.str(), HasSubstr("\r\n2,0,1,82.75,"));
     EXPECT_THAT(out.str(), testing::Not(HasSubstr("\r\n3,")));
     EXPECT_THAT(err.str(), HasSubstr("kkm: record 3 could not be read (error 10,"));
+}
+
+TEST_F(CommandsTest, ProgramsLearnWhereTheTapeEndedEarly) {
+    library.unreadable_record = 3;
+    library.tape_quantity = 345 * 0.001;
+    EXPECT_EQ(Kkm({"--port", "1", "tape", "--json", "--from", "2"}), 9);
+    EXPECT_THAT(out.str(), HasSubstr("\"quantity\": 0.345,\n"));
+    EXPECT_THAT(out.str(), HasSubstr("  ],\n  \"error\": {\n"
+                                     "    \"what\": \"record 3 could not be read\",\n"
+                                     "    \"code\": 10,\n"));
+}
+
+TEST_F(CommandsTest, ProgramsGetEveryErrorAsJson) {
+    const std::tuple<std::vector<const char*>, const char*, int> wrong[] = {
+        {{"status", "--json"}, "--device or --port is required (kkm --help tells more)", 2},
+        {{"--json", "explain", "999"},
+         "999 is no code of an error, a state or a key, and no file: No such file or directory",
+         5},
+        {{"--json", "explain", "/dev/null"}, "/dev/null tells of no connection and no check", 5},
+        {{"check", "--json", "--dry-run", "/nowhere"}, "/nowhere: No such file or directory", 5},
+        {{"--port", "1", "check", "--json", "-"}, "standard input: lines: is missing", 5},
+    };
+    for (const auto& [arguments, what, status] : wrong) {
+        EXPECT_EQ(Kkm(arguments, "{}"), status);
+        EXPECT_EQ(out.str(), "{\n  \"error\": {\n    \"what\": \"" + std::string(what) +
+                                 "\",\n    \"exit_status\": " + std::to_string(status) +
+                                 "\n  }\n}\n");
+        EXPECT_EQ(err.str(), "kkm: " + std::string(what) + "\n");
+    }
+    EXPECT_EQ(Kkm({"run", "--", "true", "--json"}), 2);
+    EXPECT_EQ(out.str(), "");
+}
+
+TEST_F(CommandsTest, ProgramsGetTheWholeStoryOfATrace) {
+    const test::TempDirectory folder;
+    std::ofstream("trace") << "Connect -  Linux 1.0.0.0 (win 1.2.13.1)\n"
+                              "TTarvoVesk::Connect: getKKMVersion: 303\n"
+                              "Connect - OK\n"
+                              "Info: TrySendSale ;title = Tea ;barcode = 1; code = 1; "
+                              "count = 0.345; price = 4250; section = 3\n"
+                              "Info: TrySendCheckCash checkCash = 50000\n"
+                              "Info: TestCheckPrint - ok\n"
+                              "Disconnect - OK";
+    EXPECT_EQ(Kkm({"explain", "--json", "trace"}), 0);
+    EXPECT_THAT(out.str(), HasSubstr("\"quantity\": 0.345,\n"));
+    EXPECT_THAT(out.str(), HasSubstr("\"cash\": 500.0,\n"));
+    EXPECT_THAT(out.str(), HasSubstr("    {\n      \"event\": \"connected\",\n"
+                                     "      \"about\": \"firmware 303\",\n"
+                                     "      \"checks_before\": 0\n    },\n"
+                                     "    {\n      \"event\": \"disconnected\",\n"
+                                     "      \"about\": \"\",\n"
+                                     "      \"checks_before\": 1\n    }\n"));
 }
 
 TEST_F(CommandsTest, WatchWritesWhatChanges) {

@@ -211,7 +211,7 @@ int ReadSaleFromKL(int number, unsigned char* kind, unsigned char* selector, dou
     *amount3 = 4.25;
     *amount4 = 0;
     *signed_value = -5;
-    *quantity = 2;
+    *quantity = FakeLibrary::Get().tape_quantity;
     *marked = 0;
     *code = 7;
     *code0 = 0x45;

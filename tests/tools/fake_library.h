@@ -20,6 +20,7 @@ struct FakeLibrary {
     int error = 0;
     bool throwing_cash = false;
     int unreadable_record = 0;
+    double tape_quantity = 2;
     std::vector<kkm::RegisterLook> looks;  // what the tool's own line sees, one after another
 
     kkm::RegisterDump dump;  // what a dump reads

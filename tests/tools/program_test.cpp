@@ -159,6 +159,34 @@ TEST_F(ProgramTest, WaitingForTheCashierEndsByASignal) {
     EXPECT_THAT(output, EndsWith("(Ctrl-C gives up)\n"));
 }
 
+TEST_F(ProgramTest, ResultsThatCannotBeWrittenAreStatus1) {
+    const RegisterProcess kassa({});
+    const std::string kkm = "(" KKM_PROGRAM " --device " + kassa.Tty() + " ";
+    for (const char* command :
+         {"counters", "tape", "status --json", "watch --looks 1", "explain 2", "--help",
+          "check --dry-run " PROJECT_FOLDER "/examples/check.json"}) {
+        EXPECT_EQ(Sh(kkm + command + " >/dev/full)"), 1) << command;
+        EXPECT_THAT(output, EndsWith("kkm: the results could not be written\n"));
+    }
+}
+
+TEST_F(ProgramTest, PrintedCheckStaysPrintedWhenThatCannotBeWritten) {
+    RegisterProcess kassa({"--paper", "paper"});
+    kassa.Say("host");
+    EXPECT_EQ(Sh("(" KKM_PROGRAM " --device " + kassa.Tty() + " " + kCheckExample +
+                 " --json >/dev/full)"),
+              0);
+    EXPECT_THAT(output, EndsWith("could not be written; the check is printed\n"));
+}
+
+TEST_F(ProgramTest, ReaderThatWentAwayIsNoFailure) {
+    // The sleep lets the reader go first.
+    EXPECT_EQ(Sh("bash -c '(sleep 0.2; exec " KKM_PROGRAM " --help) | true; "
+                 "echo ${PIPESTATUS[0]}'"),
+              0);
+    EXPECT_EQ(output, "0\n");
+}
+
 TEST_F(ProgramTest, HostExamplePrintsItsCheck) {
     RegisterProcess kassa({"--paper", "paper"});
     kassa.Say("host");

@@ -507,6 +507,9 @@ TEST_F(TarvoRegister, ShowsTheLastReceiptOfAMemory) {
               picture.error_line());
     EXPECT_LT(100, picture.status());
     EXPECT_FALSE(std::filesystem::exists(file("last.bmp")));
+    const std::string full =
+        TARVO_REGISTER " receipt --memory " + file("memory") + " >/dev/full 2>/dev/null";
+    EXPECT_EQ(1, WEXITSTATUS(std::system(full.c_str())));
     Program nowhere({"receipt", "--memory", file("memory"), "--output", file("no/last.svg")});
     EXPECT_EQ("tarvo-register: cannot write " + file("no/last.svg") + ": No such file or directory",
               nowhere.error_line());

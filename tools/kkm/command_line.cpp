@@ -1,7 +1,9 @@
 #include "kkm/command_line.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <functional>
+#include <string_view>
 
 #include "kkm/check_command.h"
 #include "kkm/completion.h"
@@ -12,6 +14,7 @@
 #include "kkm/journal_line.h"
 #include "kkm/open_check.h"
 #include "kkm/query_commands.h"
+#include "kkm/report.h"
 #include "kkm/run_command.h"
 #include "kkm/service_commands.h"
 #include "kkm/tape_command.h"
@@ -92,6 +95,7 @@ class CommandLine {
 
     ExitStatus Run(int argc, const char* const* argv);
     CLI::App& app() { return app_; }
+    bool PrintsACheck() const { return app_.got_subcommand("check") && !dry_run_; }
 
   private:
     CLI::App* Add(const std::string& name, const std::string& about,
@@ -346,36 +350,44 @@ ExitStatus CommandLine::Run(int argc, const char* const* argv) {
     return run_();
 }
 
+// Also of a command line that is wrong; what stands behind -- is another program's.
+bool AsksForJson(int argc, const char* const* argv) {
+    const char* const* const end = std::find(argv, argv + argc, std::string_view("--"));
+    return std::find(argv, end, std::string_view("--json")) != end;
+}
+
 }  // namespace
 
 ExitStatus Run(int argc, const char* const* argv, Streams& streams) {
+    const bool as_json = AsksForJson(argc, argv);
     try {
         CommandLine line(streams);
         if (argc > 1 && argv[1] == std::string_view("--complete")) {
             for (const std::string& word : Complete(line.app(), {argv + 2, argv + argc})) {
                 streams.out << word << '\n';
             }
-            return ExitStatus::done;
+            return EndOutput(ExitStatus::done, false, streams);
         }
         try {
-            return line.Run(argc, argv);
+            const ExitStatus status = line.Run(argc, argv);
+            const bool printed = line.PrintsACheck() && status == ExitStatus::done;
+            return EndOutput(status, printed, streams);
         } catch (const CLI::ParseError& e) {
             if (e.get_exit_code() == 0) {  // help or the version was asked for
                 line.app().exit(e, streams.out, streams.err);
-                return ExitStatus::done;
+                return EndOutput(ExitStatus::done, false, streams);
             }
             const auto words = line.app().remaining();
             const bool misspelt = line.app().get_subcommands().empty() && !words.empty();
-            streams.err << "kkm: " << (misspelt ? "there is no command " + words.front() : e.what())
-                        << " (kkm --help tells more)" << std::endl;
-            return ExitStatus::usage;
+            return Report(ExitStatus::usage,
+                          (misspelt ? "there is no command " + words.front() : e.what()) +
+                              std::string(" (kkm --help tells more)"),
+                          as_json, streams);
         }
     } catch (const CheckFileError& e) {
-        streams.err << "kkm: " << e.what() << std::endl;
-        return ExitStatus::bad_file;
+        return Report(ExitStatus::bad_file, e.what(), as_json, streams);
     } catch (const std::exception& e) {
-        streams.err << "kkm: " << e.what() << std::endl;
-        return ExitStatus::failed;
+        return Report(ExitStatus::failed, e.what(), as_json, streams);
     }
 }
 

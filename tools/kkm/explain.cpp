@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <sstream>
@@ -11,6 +12,7 @@
 #include "VeskTarvoM5/VeskTarvoM5.h"
 #include "kkm/figures.h"
 #include "kkm/register_state.h"
+#include "kkm/report.h"
 #include "kkm/trace_story.h"
 
 namespace kkm {
@@ -109,6 +111,20 @@ const char* NameOf(StoryOutcome outcome) {
     return "the trace ends in the middle of it";
 }
 
+const char* NameOf(StoryEvent::Kind kind) {
+    switch (kind) {
+        case StoryEvent::Kind::connected:
+            return "connected";
+        case StoryEvent::Kind::not_connected:
+            return "not connected";
+        case StoryEvent::Kind::disconnected:
+            return "disconnected";
+        case StoryEvent::Kind::check:
+            break;
+    }
+    return "check";
+}
+
 void WriteCheck(const StoryCheck& check, int number, std::ostream& out) {
     out << "check " << number << ": " << NameOf(check.outcome) << '\n';
     for (const StoryLine& line : check.lines) {
@@ -141,19 +157,10 @@ void WriteCheck(const StoryCheck& check, int number, std::ostream& out) {
 void WriteStory(const std::vector<StoryEvent>& events, std::ostream& out) {
     int checks = 0;
     for (const StoryEvent& event : events) {
-        switch (event.kind) {
-            case StoryEvent::Kind::connected:
-                out << "connected" << event.text << '\n';
-                break;
-            case StoryEvent::Kind::not_connected:
-                out << "not connected" << event.text << '\n';
-                break;
-            case StoryEvent::Kind::disconnected:
-                out << "disconnected\n";
-                break;
-            case StoryEvent::Kind::check:
-                WriteCheck(event.check, ++checks, out);
-                break;
+        if (event.kind == StoryEvent::Kind::check) {
+            WriteCheck(event.check, ++checks, out);
+        } else {
+            out << NameOf(event.kind) << event.text << '\n';
         }
     }
     out << std::flush;
@@ -168,12 +175,13 @@ nlohmann::ordered_json CheckAsJson(const StoryCheck& check) {
     for (const StoryLine& line : check.lines) {
         json["lines"].push_back({{"name", line.name},
                                  {"price", MoneyFigure("", "", line.price).value},
-                                 {"quantity", line.quantity},
+                                 {"quantity", std::strtod(line.quantity.c_str(), nullptr)},
                                  {"section", line.section},
                                  {"taken", line.taken}});
     }
     json["discount"] = check.discount.value_or(0);
     json["type"] = check.type;
+    json["cash"] = check.cash ? MoneyFigure("", "", *check.cash).value : nullptr;
     json["repeated"] = check.repeated;
     json["troubles"] = check.troubles;
     return json;
@@ -181,12 +189,19 @@ nlohmann::ordered_json CheckAsJson(const StoryCheck& check) {
 
 void WriteStoryAsJson(const std::vector<StoryEvent>& events, std::ostream& out) {
     auto checks = nlohmann::ordered_json::array();
+    auto connections = nlohmann::ordered_json::array();
     for (const StoryEvent& event : events) {
         if (event.kind == StoryEvent::Kind::check) {
             checks.push_back(CheckAsJson(event.check));
+        } else {
+            const auto about = std::min(event.text.size(), std::strlen(", "));
+            connections.push_back({{"event", NameOf(event.kind)},
+                                   {"about", event.text.substr(about)},
+                                   {"checks_before", checks.size()}});
         }
     }
-    out << nlohmann::ordered_json{{"checks", checks}}.dump(2) << std::endl;
+    out << nlohmann::ordered_json{{"checks", checks}, {"connections", connections}}.dump(2)
+        << std::endl;
 }
 
 }  // namespace
@@ -201,14 +216,15 @@ ExitStatus RunExplain(const std::string& what, bool as_json, Streams& streams) {
     std::ostringstream trace;
     trace << file.rdbuf();
     if (!file) {
-        streams.err << "kkm: " << what << " is no code of an error, a state or a key, and no file: "
-                    << std::generic_category().message(errno) << std::endl;
-        return ExitStatus::bad_file;
+        return Report(ExitStatus::bad_file,
+                      what + " is no code of an error, a state or a key, and no file: " +
+                          std::generic_category().message(errno),
+                      as_json, streams);
     }
     const std::vector<StoryEvent> events = TellTrace(trace.str());
     if (events.empty()) {
-        streams.err << "kkm: " << what << " tells of no connection and no check" << std::endl;
-        return ExitStatus::bad_file;
+        return Report(ExitStatus::bad_file, what + " tells of no connection and no check", as_json,
+                      streams);
     }
     if (as_json) {
         WriteStoryAsJson(events, streams.out);

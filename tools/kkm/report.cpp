@@ -1,5 +1,8 @@
 #include "kkm/report.h"
 
+#include <poll.h>
+#include <unistd.h>
+
 #include <nlohmann/json.hpp>
 #include <sstream>
 
@@ -25,6 +28,11 @@ std::string Wrapped(const std::string& text, const std::string& indent) {
     return lines + line + "\n";
 }
 
+bool ReaderWentAway() {
+    pollfd output{STDOUT_FILENO, POLLOUT, 0};
+    return ::poll(&output, 1, 0) == 1 && (output.revents & (POLLERR | POLLHUP)) != 0;
+}
+
 }  // namespace
 
 void Require(int result, ExitStatus status, const std::string& what) {
@@ -39,14 +47,18 @@ void ReportFailure(const RegisterFailure& failure, std::ostream& to) {
        << Wrapped(KKMErrorAdvice(failure.code()), "     ") << std::flush;
 }
 
-void ReportFailureAsJson(const RegisterFailure& failure, std::ostream& to) {
+nlohmann::ordered_json ErrorAsJson(const RegisterFailure& failure) {
     nlohmann::ordered_json error;
     error["what"] = failure.what();
     error["code"] = failure.code();
     error["name"] = KKMErrorName(failure.code());
     error["advice"] = KKMErrorAdvice(failure.code());
     error["exit_status"] = static_cast<int>(failure.status());
-    to << nlohmann::ordered_json{{"error", error}}.dump(2) << std::endl;
+    return error;
+}
+
+void ReportFailureAsJson(const RegisterFailure& failure, std::ostream& to) {
+    to << nlohmann::ordered_json{{"error", ErrorAsJson(failure)}}.dump(2) << std::endl;
 }
 
 ExitStatus Report(const RegisterFailure& failure, bool as_json, Streams& streams) {
@@ -55,6 +67,28 @@ ExitStatus Report(const RegisterFailure& failure, bool as_json, Streams& streams
     }
     ReportFailure(failure, streams.err);
     return failure.status();
+}
+
+ExitStatus Report(ExitStatus status, const std::string& what, bool as_json, Streams& streams) {
+    if (as_json) {
+        const nlohmann::ordered_json error{{"what", what},
+                                           {"exit_status", static_cast<int>(status)}};
+        // A command line need not be UTF-8.
+        streams.out << nlohmann::ordered_json{{"error", error}}.dump(
+                           2, ' ', false, nlohmann::json::error_handler_t::replace)
+                    << std::endl;
+    }
+    streams.err << "kkm: " << what << std::endl;
+    return status;
+}
+
+ExitStatus EndOutput(ExitStatus status, bool check_printed, Streams& streams) {
+    if (streams.out.flush() || ReaderWentAway()) {
+        return status;
+    }
+    streams.err << "kkm: the results could not be written"
+                << (check_printed ? "; the check is printed" : "") << std::endl;
+    return status == ExitStatus::done && !check_printed ? ExitStatus::failed : status;
 }
 
 }  // namespace kkm

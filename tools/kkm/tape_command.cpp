@@ -1,6 +1,7 @@
 #include "kkm/tape_command.h"
 
 #include <algorithm>
+#include <cmath>
 #include <iomanip>
 #include <nlohmann/json.hpp>
 #include <sstream>
@@ -99,7 +100,8 @@ void WriteCsv(const std::vector<Record>& records, std::ostream& out) {
     }
 }
 
-void WriteJson(const std::vector<Record>& records, std::ostream& out) {
+void WriteJson(const std::vector<Record>& records, const RegisterFailure* failure,
+               std::ostream& out) {
     auto list = nlohmann::ordered_json::array();
     const auto money = [](double value) { return MoneyFigure("", "", value).value; };
     for (const Record& record : records) {
@@ -111,15 +113,21 @@ void WriteJson(const std::vector<Record>& records, std::ostream& out) {
                         {"amount3", money(record.amounts[1])},
                         {"amount4", money(record.amounts[2])},
                         {"signed_value", record.signed_value},
-                        {"quantity", record.quantity},
+                        {"quantity", std::round(record.quantity * 1000) / 1000},
                         {"marked", record.marked != 0},
                         {"code", record.code},
                         {"code_bytes", Cells(record).back()}});
     }
-    out << nlohmann::ordered_json{{"records", list}}.dump(2) << '\n';
+    nlohmann::ordered_json json{{"records", list}};
+    if (failure != nullptr) {
+        json["error"] = ErrorAsJson(*failure);
+    }
+    out << json.dump(2) << '\n';
 }
 
-void Write(const std::vector<Record>& records, TapeFormat format, std::ostream& out) {
+// With the failure that ended the reading, if one did.
+void Write(const std::vector<Record>& records, TapeFormat format, const RegisterFailure* failure,
+           std::ostream& out) {
     switch (format) {
         case TapeFormat::table:
             WriteTable(records, out);
@@ -128,7 +136,7 @@ void Write(const std::vector<Record>& records, TapeFormat format, std::ostream& 
             WriteCsv(records, out);
             break;
         case TapeFormat::json:
-            WriteJson(records, out);
+            WriteJson(records, failure, out);
             break;
     }
     out << std::flush;
@@ -155,11 +163,11 @@ ExitStatus RunTape(const Address& address, const TapeRange& range, TapeFormat fo
     std::vector<Record> records;
     try {
         ReadRecords(address, range, records, streams);
-        Write(records, format, streams.out);
+        Write(records, format, nullptr, streams.out);
         return ExitStatus::done;
     } catch (const RegisterFailure& failure) {
         if (!records.empty()) {
-            Write(records, format, streams.out);
+            Write(records, format, &failure, streams.out);
         }
         return Report(failure, records.empty() && format == TapeFormat::json, streams);
     }
