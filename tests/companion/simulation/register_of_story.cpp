@@ -58,8 +58,11 @@ Model MakeModel(const Story& story) {
     return model;
 }
 
-bool IsOurs(const SaleLine& line) {
+bool IsOurs(const SaleLine& line, std::string_view names) {
     const std::string_view name = line.name.text();
+    if (!names.empty()) {
+        return name.substr(0, names.size()) == names;
+    }
     // Whatever else came from a program came from this host: a name may change on the line.
     return line.code != 77 && name.substr(0, 5) != kOther;
 }
@@ -184,15 +187,16 @@ bool RegisterOfStory::IsWhole(const PrintedCheck& check) const {
     return true;
 }
 
-Truth RegisterOfStory::Look() const {
+Truth RegisterOfStory::Look(std::string_view names) const {
+    const auto is_ours = [names](const SaleLine& line) { return IsOurs(line, names); };
     Truth truth;
     for (const PrintedCheck& check : model_.printed()) {
-        const bool ours = std::any_of(check.lines.begin(), check.lines.end(), IsOurs);
+        const bool ours = std::any_of(check.lines.begin(), check.lines.end(), is_ours);
         truth.receipts += ours ? 1 : 0;
         truth.whole += ours && IsWhole(check) ? 1 : 0;
     }
     const auto& open = model_.open_check().lines;
-    truth.open = std::any_of(open.begin(), open.end(), IsOurs);
+    truth.open = std::any_of(open.begin(), open.end(), is_ours);
     return truth;
 }
 

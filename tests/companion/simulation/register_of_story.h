@@ -19,7 +19,8 @@ class RegisterOfStory {
 
     virtual_register::Model& model() { return model_; }
     void Happens(Between what, simulation::RegisterSide& side, simulation::Micros now_us);
-    Truth Look() const;
+    // Of the check whose names begin so; without names of whatever a program of ours sent.
+    Truth Look(std::string_view names = {}) const;
     // It is not the register any more that was to print the check.
     bool WasExchanged() const { return exchanged_; }
 

@@ -24,7 +24,7 @@ kkmcheck::Check DrawCheck(Random random) {
     const std::uint32_t lines = random.Chance(950) ? 1 + random.Below(4) : 5 + random.Below(12);
     for (std::uint32_t i = 0; i < lines; ++i) {
         kkmcheck::Line line;
-        line.name = "OURS " + std::to_string(i);
+        line.name = std::string(kOurNames) + " " + std::to_string(i);
         line.price =
             random.Chance(700) ? (1 + random.Below(50'000)) / 100.0 : random.OneOf(kPrices);
         line.quantity = random.OneOf(kQuantities);
@@ -43,18 +43,45 @@ kkmcheck::Check DrawCheck(Random random) {
     return check;
 }
 
-void DrawKill(Random random, Story& story) {
-    story.kill = random.Chance(500) ? Kill::before : Kill::sent;
-    story.kill_at = random.Below(kExchanges);
+struct Exchanges {
+    std::uint32_t first;
+    std::uint32_t count;
+};
+
+void DrawKill(Random random, Exchanges among, Story& story, Kill& kill, std::uint32_t& kill_at) {
+    kill = random.Chance(500) ? Kill::before : Kill::sent;
+    kill_at = among.first + random.Below(among.count);
     simulation::Fault fault{};
-    if (story.kill == Kill::sent) {
+    if (kill == Kill::sent) {
         fault.kind = FaultKind::answer_lost;
-        fault.at = story.kill_at;
+        fault.at = kill_at;
         story.scenario.faults.faults.push_back(fault);
     }
     fault.kind = FaultKind::hang_up;
-    fault.at = story.kill_at + (story.kill == Kill::sent ? 1 : 0);
+    fault.at = kill_at + (kill == Kill::sent ? 1 : 0);
     story.scenario.faults.faults.push_back(fault);
+}
+
+void DrawAlike(Random random, Story& story) {
+    static constexpr Exchanges kWhileSending = {30, 60};
+    static constexpr Between kBefore[] = {
+        Between::nothing,         Between::nothing,      Between::plug,
+        Between::cashiers_check,  Between::longer_check, Between::typed_into_it,
+        Between::paper_in_and_key};
+    story.alike = story.check;
+    for (kkmcheck::Line& line : story.alike.lines) {
+        line.name.replace(0, kOurNames.size(), kAlikeNames);
+    }
+    // Mostly while lines may be at the register.
+    story.scenario.faults.faults.clear();
+    DrawKill(random.Branch(), kWhileSending, story, story.kill, story.kill_at);
+    if (random.Chance(700)) {
+        DrawKill(random.Branch(), {story.kill_at + 30, kExchanges}, story, story.alike_kill,
+                 story.alike_kill_at);
+    }
+    story.between = random.OneOf(kBefore);
+    story.alike_is_asked_first = random.Chance(500);
+    story.kind = "killed, then alike by another key";
 }
 
 std::string KindOf(const simulation::FaultPlan& plan) {
@@ -82,6 +109,8 @@ void DrawStory(std::uint64_t seed, Story& story) {
     story.kill = Kill::none;
     story.disk_full = 0;
     story.between = Between::nothing;
+    story.alike = {};
+    story.alike_kill = Kill::none;
     scenario.faults.Clear();
     scenario.faults.seed = random.Next();
     Random faults = random.Branch();
@@ -97,8 +126,11 @@ void DrawStory(std::uint64_t seed, Story& story) {
         scenario.kkm.records = static_cast<std::uint16_t>(65'530 + random.Below(6));
     }
     if (pattern >= 50) {
-        DrawKill(random.Branch(), story);
+        DrawKill(random.Branch(), {0, kExchanges}, story, story.kill, story.kill_at);
         story.kind = has_faults ? "killed and more" : "killed";
+    }
+    if (pattern >= 55 && pattern < 60) {
+        DrawAlike(random.Branch(), story);
     }
     if (pattern >= 60 && pattern < 96) {
         story.between =

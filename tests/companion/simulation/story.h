@@ -10,10 +10,14 @@
 // - between the end of one process and the beginning of the next the register's plug is pulled, a
 //   cashier rings up checks of his own, or closes the shift, or puts paper in and presses a key;
 //   another program prints a check; the register is exchanged for another, or its memory for an
-//   older one.
+//   older one;
+// - the host prints a check of the same sums and other names under another key, is killed again,
+// and
+//   asks for both, in either order.
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "companion/check.h"
 #include "simulation/scenario.h"
@@ -37,6 +41,10 @@ enum class Between : unsigned char {
 
 enum class Kill : unsigned char { none, before, sent };
 
+// The names of a check's lines begin so, and those of the other key's.
+constexpr std::string_view kOurNames = "OURS";
+constexpr std::string_view kAlikeNames = "ALIKE";
+
 struct Story {
     simulation::Scenario scenario;  // its host's calls are not used
     kkmcheck::Check check;
@@ -44,6 +52,11 @@ struct Story {
     std::uint32_t kill_at = 0;    // exchange
     std::uint32_t disk_full = 0;  // the journal's writing that fails, counted from 1; 0: none
     Between between = Between::nothing;
+    // The other key's check; no lines: there is none. Its process is killed at an exchange too.
+    kkmcheck::Check alike;
+    Kill alike_kill = Kill::none;
+    std::uint32_t alike_kill_at = 0;
+    bool alike_is_asked_first = false;
     std::string kind;  // of what goes wrong, for the figures
 };
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <limits>
 
 #include "companion/register_session.h"
 #include "companion/simulation/register_of_story.h"
@@ -81,12 +82,13 @@ class TillRun {
           side_(register_.model(), journal_, story.scenario.cashier, kStart),
           line_(side_, journal_, story.scenario.line, story.scenario.faults),
           system_(line_, journal_, story.scenario.faults) {
-        disk_.expected = kkmcheck::ExpectedRecords(story.check);
+        disks_[0].expected = kkmcheck::ExpectedRecords(story.check);
+        disks_[1].expected = disks_[0].expected;
     }
 
     Answer Run() {
         Answer answer;
-        answer.first = Print();
+        answer.first = Print(story_.check);
         Tell("print", answer.first);
         system_.Advance(kLaterUs);
         register_.Happens(story_.between, side_, system_.Now() - kStart);
@@ -110,7 +112,57 @@ class TillRun {
         return answer;
     }
 
+    // Two keys, and the outcomes of both asked for later.
+    Answer RunAlike() {
+        Verdict verdicts[2];
+        Answer answer;
+        answer.first = verdicts[0] = Print(story_.check);
+        Tell("print", answer.first);
+        system_.Advance(kLaterUs);
+        register_.Happens(story_.between, side_, system_.Now() - kStart);
+        key_ = 1;
+        verdicts[1] = Print(story_.alike);
+        Tell("print other", verdicts[1]);
+        for (int i = 0; i < 2 * kLaterCalls; ++i) {
+            key_ = (i + (story_.alike_is_asked_first ? 1 : 0)) % 2;
+            if (verdicts[key_].outcome == Outcome::unknown) {
+                system_.Advance(kLaterUs);
+                other_ = verdicts[1];
+                verdicts[key_] = FindOut();
+                Tell(key_ == 0 ? "resolve" : "resolve other", verdicts[key_]);
+            }
+        }
+        answer.last = verdicts[0];
+        const Truth truth = register_.Look(kOurNames);
+        answer.printed = truth.receipts > 0;
+        answer.wrong = Compare(truth, answer.last);
+        if (answer.wrong.empty()) {
+            answer.wrong = Compare(register_.Look(kAlikeNames), verdicts[1]);
+        }
+        answer.exchanges = static_cast<std::uint32_t>(journal_.exchanges().size());
+        return answer;
+    }
+
   private:
+    // What the journal says of the key in question, as its evidence.
+    Evidence Recorded() const {
+        Evidence evidence = disks_[key_];
+        const Evidence& next = disks_[1];
+        if (key_ == 0 && next.stage >= Stage::sending) {
+            const Mark& mark = *next.before;
+            if (mark.counters.tape == evidence.before->counters.tape) {
+                evidence.until = mark;
+            }
+            const int lines = static_cast<int>(next.expected.size());
+            if (other_.outcome == Outcome::printed) {
+                evidence.claims = {{other_.first_record, other_.first_record + lines}};
+            } else if (other_.outcome == Outcome::unknown) {
+                evidence.claims = {{mark.counters.records, std::numeric_limits<int>::max()}};
+            }
+        }
+        return evidence;
+    }
+
     // A new process: the driver is loaded anew, and a kill strikes it if its time comes now.
     void BeginProcess(bool prints) {
         simulation::Reload(0, simulation::Callbacks::none);
@@ -121,8 +173,11 @@ class TillRun {
         system_.BeginCall(0);
     }
     bool IsDead() const {
-        return abandoned_ || (story_.kill != Kill::none && story_.kill_at >= began_at_ &&
-                              journal_.exchanges().size() > story_.kill_at);
+        const auto killed = [this](Kill kill, std::uint32_t at) {
+            return kill != Kill::none && at >= began_at_ && journal_.exchanges().size() > at;
+        };
+        return abandoned_ || killed(story_.kill, story_.kill_at) ||
+               killed(story_.alike_kill, story_.alike_kill_at);
     }
 
     kkmcheck::Conditions MakeConditions() {
@@ -138,19 +193,19 @@ class TillRun {
         return conditions;
     }
 
-    Verdict Print() {
+    Verdict Print(const kkmcheck::Check& check) {
         BeginProcess(true);
-        DiskLog log(disk_, story_.disk_full);
+        DiskLog log(disks_[key_], story_.disk_full);
         log.process_is_dead = [this] { return IsDead(); };
         log.reached = [this](Stage stage) {
             system_.BeginCall(stage == Stage::counted ? kPatience : 0);
             finding_out_until_ = system_.Now() + kFindingOutUs;
         };
         kkmcheck::RegisterSession session(simulation::kDevice, MakeConditions());
-        Evidence evidence = disk_;
+        Evidence evidence = disks_[key_];
         Verdict verdict;
         try {
-            verdict = session.Print(story_.check, evidence, log);
+            verdict = session.Print(check, evidence, log);
         } catch (const kkmcheck::JournalFailure&) {
             abandoned_ = true;
         }
@@ -159,7 +214,7 @@ class TillRun {
 
     Verdict FindOut() {
         BeginProcess(false);
-        Evidence evidence = disk_;
+        Evidence evidence = Recorded();
         kkmcheck::RegisterSession session(simulation::kDevice, MakeConditions());
         const Verdict verdict = session.Resolve(evidence);
         return EndProcess(session, verdict);
@@ -168,7 +223,7 @@ class TillRun {
     Verdict EndProcess(kkmcheck::RegisterSession& session, Verdict verdict) {
         if (IsDead()) {
             // The host finds the process ended, and the journal where it was left.
-            verdict = Decide(disk_);
+            verdict = Decide(Recorded());
         } else {
             system_.BeginCall(0);
             session.Leave();
@@ -198,10 +253,10 @@ class TillRun {
         if (tell_) {
             const Truth truth = register_.Look();
             std::printf(
-                "%8s: %s (%s) behind exchange %zu; stage %d; receipts %d, whole %d, open %d\n",
+                "%13s: %s (%s) behind exchange %zu; stage %d; receipts %d, whole %d, open %d\n",
                 what, std::string(Name(verdict.outcome)).c_str(),
                 std::string(Name(verdict.reason)).c_str(), journal_.exchanges().size(),
-                static_cast<int>(disk_.stage), truth.receipts, truth.whole, truth.open);
+                static_cast<int>(disks_[key_].stage), truth.receipts, truth.whole, truth.open);
         }
     }
 
@@ -212,7 +267,9 @@ class TillRun {
     simulation::RegisterSide side_;
     simulation::SimulatedLine line_;
     simulation::SimulatedSystem system_;
-    Evidence disk_;
+    Evidence disks_[2];  // of the two keys
+    int key_ = 0;        // the one in question
+    Verdict other_;      // on the other key, as the journal has it
     std::size_t began_at_ = 0;
     bool abandoned_ = false;
     Micros finding_out_until_ = 0;
@@ -222,7 +279,8 @@ class TillRun {
 }  // namespace
 
 Answer Run(const Story& story, bool tell) {
-    return TillRun(story, tell).Run();
+    TillRun run(story, tell);
+    return story.alike.lines.empty() ? run.Run() : run.RunAlike();
 }
 
 }  // namespace outcome_simulation
