@@ -11,6 +11,14 @@ Attempt StillWorking(Attempt attempt) {
     return attempt;
 }
 
+// Undecided, and nobody works on it.
+Attempt Unread(Attempt attempt) {
+    if (attempt.outcome == Outcome::unknown && attempt.reason == Reason::none) {
+        attempt.reason = Reason::register_unread;
+    }
+    return attempt;
+}
+
 }  // namespace
 
 Till::Till(const std::string& journal, std::string device)
@@ -26,6 +34,14 @@ Attempt Till::Find(const std::string& key) {
     auto attempt = journal_.FindAttempt(key);
     if (!attempt) {
         throw Refusal(Refusal::Why::no_key, "no check has the key " + key);
+    }
+    return *attempt;
+}
+
+Attempt Till::Row(std::int64_t id) {
+    auto attempt = journal_.FindAttempt(id);
+    if (!attempt) {
+        throw JournalFailure("the journal: the attempt is gone");
     }
     return *attempt;
 }
@@ -61,7 +77,7 @@ Attempt Till::Print(const std::string& key, const Check& check, bool again,
         return attempt->outcome == Outcome::unknown ? Settle(*attempt, lock, deadline) : *attempt;
     }
     const std::int64_t id = journal_.Begin(key, check, device_);
-    return Work(*journal_.FindAttempt(id), true, lock, deadline);
+    return Work(Row(id), true, lock, deadline);
 }
 
 Attempt Till::Resolve(const std::string& key, const Deadline& deadline) {
@@ -92,7 +108,7 @@ Attempt Till::WithoutRegister(const Attempt& attempt) {
         return attempt;
     }
     journal_.Decided(attempt.id, evidence, verdict, attempt.driver_error);
-    return *journal_.FindAttempt(attempt.id);
+    return Row(attempt.id);
 }
 
 Attempt Till::Work(const Attempt& attempt, bool prints, const TillLock& lock,
@@ -104,29 +120,45 @@ Attempt Till::Work(const Attempt& attempt, bool prints, const TillLock& lock,
         WithoutRegister(attempt);
         throw Refusal(Refusal::Why::worker, error.what());
     }
-    Attempt now = *journal_.FindAttempt(attempt.id);
+    return Answer(attempt, result);
+}
+
+// The worker may have sent lines, so a journal that fails here must not be told as a call that
+// printed nothing: only a row that was read back proves that.
+Attempt Till::Answer(const Attempt& begun, const Workers::Result& result) {
+    std::optional<Attempt> row;
+    try {
+        row = journal_.FindAttempt(begun.id);
+    } catch (const JournalFailure&) {
+        row.reset();
+    }
+    Attempt now = row.value_or(begun);
     if (result.end == Workers::End::working) {
         return StillWorking(now);
     }
     const WorkerReport& report = result.report;
-    if (result.end == Workers::End::died || report.verdict.outcome == Outcome::unknown) {
+    if (result.end == Workers::End::reported && report.verdict.outcome != Outcome::unknown) {
         if (now.outcome == Outcome::unknown) {
-            now = WithoutRegister(now);
+            // Decided, but the journal did not take it: it will be found out anew when it is asked
+            // for.
+            now.outcome = report.verdict.outcome;
+            now.reason = report.verdict.reason;
+            now.first_record = report.verdict.first_record;
+            now.driver_error = report.driver_error;
         }
-        if (now.outcome == Outcome::unknown && now.reason == Reason::none) {
-            now.reason = Reason::register_unread;
-        }
-    } else if (now.outcome == Outcome::unknown) {
-        // Decided, but the journal did not take it: it will be found out anew when it is asked for.
-        now.outcome = report.verdict.outcome;
-        now.reason = report.verdict.reason;
-        now.first_record = report.verdict.first_record;
-        now.driver_error = report.driver_error;
+        return now;
     }
-    if (!report.journal_failure.empty() && now.stage < Stage::sending) {
+    if (row && now.stage < Stage::sending && !report.journal_failure.empty()) {
         throw JournalFailure(report.journal_failure);
     }
-    return now;
+    if (row && now.outcome == Outcome::unknown) {
+        try {
+            now = WithoutRegister(now);
+        } catch (const JournalFailure&) {
+            now = *row;
+        }
+    }
+    return Unread(now);
 }
 
 Attempt Till::Recorded(const std::string& key) {
@@ -152,7 +184,7 @@ Attempt Till::SetByHand(const std::string& key, Outcome outcome) {
         outcome, outcome == Outcome::printed ? Reason::seen_on_paper : Reason::not_on_paper};
     journal_.Decided(attempt.id, journal_.EvidenceOf(attempt, check.value_or(Check{})), verdict,
                      attempt.driver_error);
-    return *journal_.FindAttempt(attempt.id);
+    return Row(attempt.id);
 }
 
 std::vector<Attempt> Till::All() {

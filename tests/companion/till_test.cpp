@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <cstdio>
 #include <cstdlib>
 
 #include "support/temp_directory.h"
@@ -132,6 +133,32 @@ TEST_F(TillTest, WhatBrokeOffBehindItIsResolvedAndNotPrintedAnew) {
     EXPECT_EQ(attempt.outcome, Outcome::printed);
     EXPECT_EQ(attempt.first_record, 40);
     EXPECT_EQ(till.Recorded("K").outcome, Outcome::unknown) << "the journal did not take it";
+}
+
+// Whatever becomes of the journal's file while the worker prints.
+TEST_F(TillTest, AJournalLostBehindTheWorkerIsNotToldAsNothingPrinted) {
+    for (const std::string loss : {"cat before >$2", ": >$2", "echo No journal at all >$2"}) {
+        std::remove("till.journal");
+        Till till = Open();
+        ASSERT_EQ(std::system("cp till.journal before"), 0);
+        WorkerDoes(loss + "; echo '1 1 40 32 the journal: the attempt is gone'");
+        const Attempt printed = till.Print("K", bread_, false, Deadline(kAmpleMs));
+        EXPECT_EQ(printed.outcome, Outcome::printed) << loss;
+        EXPECT_EQ(printed.first_record, 40) << loss;
+        EXPECT_EQ(printed.driver_error, 32) << loss;
+    }
+}
+
+TEST_F(TillTest, WithoutAJournalAndAReportTheHostLearnsThatItIsUnknown) {
+    for (const std::string end : {"kill -9 $$", "echo '0 0 -1 0 the journal: disk I/O error'"}) {
+        std::remove("till.journal");
+        Till till = Open();
+        WorkerDoes(": >$2; " + end);
+        const Attempt attempt = till.Print("K", bread_, false, Deadline(kAmpleMs));
+        EXPECT_EQ(attempt.key, "K") << end;
+        EXPECT_EQ(attempt.outcome, Outcome::unknown) << end;
+        EXPECT_EQ(attempt.reason, Reason::register_unread) << end;
+    }
 }
 
 TEST_F(TillTest, APersonMayDecideWhatIsUnknown) {
