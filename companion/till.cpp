@@ -6,6 +6,9 @@
 namespace kkmcheck {
 namespace {
 
+// For calls without a deadline of their own.
+constexpr int kPatienceMs = 500;
+
 Attempt StillWorking(Attempt attempt) {
     attempt.reason = Reason::still_working;
     return attempt;
@@ -22,7 +25,9 @@ Attempt Unread(Attempt attempt) {
 }  // namespace
 
 Till::Till(const std::string& journal, std::string device)
-    : path_(journal), device_(std::move(device)), journal_(journal, Journal::Opening::create) {}
+    : path_(journal),
+      device_(std::move(device)),
+      journal_(journal, Journal::Opening::create, Deadline(kPatienceMs)) {}
 
 void Till::RequireDevice() const {
     if (device_.empty()) {
@@ -50,6 +55,7 @@ Attempt Till::Print(const std::string& key, const Check& check, bool again,
                     const Deadline& deadline) {
     RequireDevice();
     Examine(check);
+    journal_.WaitUntil(deadline);
     const auto known = [&] {
         const auto kept = journal_.FindCheck(key);
         if (kept && !(*kept == check)) {
@@ -82,6 +88,7 @@ Attempt Till::Print(const std::string& key, const Check& check, bool again,
 
 Attempt Till::Resolve(const std::string& key, const Deadline& deadline) {
     RequireDevice();
+    journal_.WaitUntil(deadline);
     if (Attempt attempt = Find(key); attempt.outcome != Outcome::unknown) {
         return attempt;
     }
@@ -162,6 +169,7 @@ Attempt Till::Answer(const Attempt& begun, const Workers::Result& result) {
 }
 
 Attempt Till::Recorded(const std::string& key) {
+    journal_.WaitUntil(Deadline(kPatienceMs));
     Attempt attempt = Find(key);
     TillLock lock(path_);
     if (attempt.outcome != Outcome::unknown) {
@@ -171,6 +179,7 @@ Attempt Till::Recorded(const std::string& key) {
 }
 
 Attempt Till::SetByHand(const std::string& key, Outcome outcome) {
+    journal_.WaitUntil(Deadline(kPatienceMs));
     TillLock lock(path_);
     if (!lock.Take(Deadline(0))) {
         throw Refusal(Refusal::Why::busy, "another process works with the register");
@@ -188,6 +197,7 @@ Attempt Till::SetByHand(const std::string& key, Outcome outcome) {
 }
 
 std::vector<Attempt> Till::All() {
+    journal_.WaitUntil(Deadline(kPatienceMs));
     std::vector<Attempt> last;
     for (Attempt& attempt : journal_.Attempts()) {
         const auto same = [&](const Attempt& other) { return other.key == attempt.key; };
@@ -202,6 +212,7 @@ std::vector<Attempt> Till::All() {
 }
 
 std::vector<std::string> Till::UndecidedKeys() {
+    journal_.WaitUntil(Deadline(kPatienceMs));
     std::vector<std::string> keys;
     for (const Attempt& attempt : journal_.Undecided()) {
         keys.push_back(attempt.key);

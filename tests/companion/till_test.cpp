@@ -1,6 +1,7 @@
 #include "companion/till.h"
 
 #include <gtest/gtest.h>
+#include <sqlite3.h>
 #include <sys/stat.h>
 
 #include <cstdio>
@@ -133,6 +134,20 @@ TEST_F(TillTest, WhatBrokeOffBehindItIsResolvedAndNotPrintedAnew) {
     EXPECT_EQ(attempt.outcome, Outcome::printed);
     EXPECT_EQ(attempt.first_record, 40);
     EXPECT_EQ(till.Recorded("K").outcome, Outcome::unknown) << "the journal did not take it";
+}
+
+TEST_F(TillTest, ABusyJournalKeepsNoCallBeyondItsDeadline) {
+    Till till = Open();
+    sqlite3* other = nullptr;
+    ASSERT_EQ(sqlite3_open("till.journal", &other), SQLITE_OK);
+    ASSERT_EQ(sqlite3_exec(other, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr), SQLITE_OK);
+    const Deadline ample(8000);
+    EXPECT_THROW(till.Print("K", bread_, false, Deadline(20)), JournalFailure);
+    EXPECT_THROW(till.Resolve("K", Deadline(20)), JournalFailure);
+    EXPECT_THROW(Open(), JournalFailure);
+    EXPECT_GT(ample.Left(), 0);
+    sqlite3_close(other);
+    EXPECT_EQ(WhyOf([&] { till.Resolve("K", Deadline(20)); }), Refusal::Why::no_key);
 }
 
 // Whatever becomes of the journal's file while the worker prints.
