@@ -171,11 +171,16 @@ Attempt Till::Answer(const Attempt& begun, const Workers::Result& result) {
 Attempt Till::Recorded(const std::string& key) {
     journal_.WaitUntil(Deadline(kPatienceMs));
     Attempt attempt = Find(key);
-    TillLock lock(path_);
     if (attempt.outcome != Outcome::unknown) {
         return attempt;
     }
-    return lock.Take(Deadline(0)) ? WithoutRegister(Find(key)) : StillWorking(attempt);
+    TillLock lock(path_);
+    if (!lock.Take(Deadline(0))) {
+        return StillWorking(attempt);
+    }
+    // Whoever had the lock may have decided it.
+    attempt = Find(key);
+    return attempt.outcome == Outcome::unknown ? Unread(WithoutRegister(attempt)) : attempt;
 }
 
 Attempt Till::SetByHand(const std::string& key, Outcome outcome) {

@@ -71,6 +71,16 @@ TEST_F(TillTest, AWorkerThatDiesBeforeItSendsPrintsNothing) {
     EXPECT_EQ(attempt.stage, Stage::intended);
 }
 
+TEST_F(TillTest, WhatIsDecidedIsToldWithoutTheLock) {
+    WorkerDoes("exit 0");
+    Till till = Open();
+    till.Print("K", bread_, false, Deadline(kAmpleMs));
+    // No lock can be had where a folder has its name.
+    ASSERT_EQ(std::remove("till.journal.lock"), 0);
+    ASSERT_EQ(mkdir("till.journal.lock", 0700), 0);
+    EXPECT_EQ(till.Recorded("K").reason, Reason::nothing_sent);
+}
+
 TEST_F(TillTest, AKeyThatWasUsedPrintsNothingMore) {
     WorkerDoes("echo once >>started");
     Till till = Open();
@@ -128,6 +138,7 @@ TEST_F(TillTest, WhatBrokeOffBehindItIsResolvedAndNotPrintedAnew) {
     }
     Reached("K", Stage::sending);
     EXPECT_EQ(till.Recorded("K").outcome, Outcome::unknown);
+    EXPECT_EQ(till.Recorded("K").reason, Reason::register_unread);
     WorkerDoes("echo $1 >>started; echo '1 1 40 0 the disk is full'");
     const Attempt attempt = till.Print("K", bread_, true, Deadline(kAmpleMs));
     EXPECT_EQ(folder_.Content("started"), "resolve\n");
