@@ -5,9 +5,11 @@
 namespace kkmcheck {
 namespace {
 
-// Beyond these no register takes a line; they keep the sums below within 64 bits.
+// Far beyond what a register takes. With the limit of the sum before the discount, kopecks times
+// thousandths and all that is made of them stay within 64 bits.
 constexpr double kPriceLimit = 1e9;
 constexpr double kQuantityLimit = 1e6;
+constexpr double kSumLimit = 1e9;
 constexpr int kPercentLimit = 99;
 
 // The driver makes kopecks and thousandths so: cut off, and one more from a half on.
@@ -53,12 +55,14 @@ void Examine(const Check& check) {
     if (check.mode != Mode::sale && check.mode != Mode::refund && check.mode != Mode::credit) {
         throw BadCheck("a check is a sale, a return or a credit");
     }
-    if (std::abs(check.discount) > kPercentLimit) {
+    // Not by its absolute value: the lowest number has none.
+    if (check.discount < -kPercentLimit || check.discount > kPercentLimit) {
         throw BadCheck("a discount is -99 to 99 per cent");
     }
     if (!(check.cash >= 0) || check.cash > kPriceLimit) {
         throw BadCheck("the cash is no sum of money");
     }
+    double sum = 0;
     for (const Line& line : check.lines) {
         if (!(line.price > 0) || line.price > kPriceLimit) {
             throw BadCheck("a price must be above 0");
@@ -69,6 +73,10 @@ void Examine(const Check& check) {
         if (line.name.find('\0') != std::string::npos) {
             throw BadCheck("a name has a zero byte");
         }
+        sum += line.price * line.quantity;
+    }
+    if (sum > kSumLimit) {
+        throw BadCheck("the sum is beyond any register");
     }
 }
 

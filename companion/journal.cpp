@@ -9,7 +9,12 @@ namespace kkmcheck {
 namespace {
 
 constexpr int kVersion = 1;
-constexpr int kBusyMs = 10000;
+
+// While another program has the journal.
+constexpr int kPauseMs = 5;
+constexpr int kPatienceMs = 10000;
+// Even behind a deadline: another program's commit takes milliseconds.
+constexpr int kLeastMs = 50;
 
 // Every commit is on the disk before the register hears what follows it. A commit is the removal of
 // the rollback journal: FULL would leave that to the folder's own time, and a power cut could bring
@@ -176,7 +181,8 @@ std::string RecordsText(const Evidence& evidence) {
 
 }  // namespace
 
-Journal::Journal(const std::string& path, Opening opening) {
+Journal::Journal(const std::string& path, Opening opening, std::optional<Deadline> until)
+    : until_(until) {
     const int flags = opening == Opening::create     ? SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE
                       : opening == Opening::existing ? SQLITE_OPEN_READWRITE
                                                      : SQLITE_OPEN_READONLY;
@@ -184,7 +190,7 @@ Journal::Journal(const std::string& path, Opening opening) {
         if (sqlite3_open_v2(path.c_str(), &database_, flags, nullptr) != SQLITE_OK) {
             FailJournal(database_);
         }
-        sqlite3_busy_timeout(database_, kBusyMs);
+        sqlite3_busy_handler(database_, &Journal::OnBusy, this);
         if (opening != Opening::read_only) {
             Run(kSettings);
         }
@@ -197,6 +203,16 @@ Journal::Journal(const std::string& path, Opening opening) {
 
 Journal::~Journal() {
     sqlite3_close(database_);
+}
+
+int Journal::OnBusy(void* journal, int waits) {
+    const auto& until = static_cast<Journal*>(journal)->until_;
+    const int waited = waits * kPauseMs;
+    if (waited >= (until ? kLeastMs : kPatienceMs) && (!until || until->Left() == 0)) {
+        return 0;
+    }
+    sqlite3_sleep(kPauseMs);
+    return 1;
 }
 
 void Journal::Run(const std::string& sql) {

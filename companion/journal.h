@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "companion/check.h"
+#include "companion/deadline.h"
 #include "companion/decision.h"
 #include "companion/register_session.h"
 
@@ -44,10 +45,13 @@ class Journal {
     enum class Opening { create, existing, read_only };
 
     // Every member throws JournalFailure.
-    Journal(const std::string& path, Opening opening);
+    // While another program has it, each waits until `until`, without one for 10 s.
+    Journal(const std::string& path, Opening opening, std::optional<Deadline> until = {});
     ~Journal();
     Journal(const Journal&) = delete;
     Journal& operator=(const Journal&) = delete;
+
+    void WaitUntil(const Deadline& deadline) { until_ = deadline; }
 
     std::optional<Check> FindCheck(const std::string& key);
     // The last one of the key.
@@ -75,6 +79,7 @@ class Journal {
     Evidence EvidenceOf(const Attempt& attempt, const Check& check);
 
   private:
+    static int OnBusy(void* journal, int waits);
     void Prepare();
     void Run(const std::string& sql);
     void Insert(const std::string& key, const Check& check);
@@ -84,6 +89,7 @@ class Journal {
     std::optional<Mark> MarkBehind(const Attempt& attempt);
 
     sqlite3* database_ = nullptr;
+    std::optional<Deadline> until_;
 };
 
 // The log of one attempt in a journal.

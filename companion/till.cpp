@@ -9,6 +9,9 @@
 namespace kkmcheck {
 namespace {
 
+// For calls without a deadline of their own.
+constexpr int kPatienceMs = 500;
+
 Attempt StillWorking(Attempt attempt) {
     attempt.reason = Reason::still_working;
     return attempt;
@@ -26,10 +29,19 @@ const std::string& NotLost(const std::string& journal) {
     return journal;
 }
 
+// Undecided, and nobody works on it.
+Attempt Unread(Attempt attempt) {
+    if (attempt.outcome == Outcome::unknown && attempt.reason == Reason::none) {
+        attempt.reason = Reason::register_unread;
+    }
+    return attempt;
+}
+
 }  // namespace
 
 Till::Till(const std::string& journal, std::string device)
-    : device_(std::move(device)), journal_(NotLost(journal), Journal::Opening::create) {
+    : device_(std::move(device)),
+      journal_(NotLost(journal), Journal::Opening::create, Deadline(kPatienceMs)) {
     // One name for journal, lock and worker, whatever links lead there and wherever the host goes.
     path_ = std::filesystem::canonical(journal);
 }
@@ -48,10 +60,19 @@ Attempt Till::Find(const std::string& key) {
     return *attempt;
 }
 
+Attempt Till::Row(std::int64_t id) {
+    auto attempt = journal_.FindAttempt(id);
+    if (!attempt) {
+        throw JournalFailure("the journal: the attempt is gone");
+    }
+    return *attempt;
+}
+
 Attempt Till::Print(const std::string& key, const Check& check, bool again,
                     const Deadline& deadline) {
     RequireDevice();
     Examine(check);
+    journal_.WaitUntil(deadline);
     const auto known = [&] {
         const auto kept = journal_.FindCheck(key);
         if (kept && !(*kept == check)) {
@@ -79,11 +100,12 @@ Attempt Till::Print(const std::string& key, const Check& check, bool again,
         return attempt->outcome == Outcome::unknown ? Settle(*attempt, lock, deadline) : *attempt;
     }
     const std::int64_t id = journal_.Begin(key, check, device_);
-    return Work(*journal_.FindAttempt(id), true, lock, deadline);
+    return Work(Row(id), true, lock, deadline);
 }
 
 Attempt Till::Resolve(const std::string& key, const Deadline& deadline) {
     RequireDevice();
+    journal_.WaitUntil(deadline);
     if (Attempt attempt = Find(key); attempt.outcome != Outcome::unknown) {
         return attempt;
     }
@@ -110,7 +132,7 @@ Attempt Till::WithoutRegister(const Attempt& attempt) {
         return attempt;
     }
     journal_.Decided(attempt.id, evidence, verdict, attempt.driver_error);
-    return *journal_.FindAttempt(attempt.id);
+    return Row(attempt.id);
 }
 
 Attempt Till::Work(const Attempt& attempt, bool prints, const TillLock& lock,
@@ -122,41 +144,64 @@ Attempt Till::Work(const Attempt& attempt, bool prints, const TillLock& lock,
         WithoutRegister(attempt);
         throw Refusal(Refusal::Why::worker, error.what());
     }
-    Attempt now = *journal_.FindAttempt(attempt.id);
+    return Answer(attempt, result);
+}
+
+// The worker may have sent lines, so a journal that fails here must not be told as a call that
+// printed nothing: only a row that was read back proves that.
+Attempt Till::Answer(const Attempt& begun, const Workers::Result& result) {
+    std::optional<Attempt> row;
+    try {
+        row = journal_.FindAttempt(begun.id);
+    } catch (const JournalFailure&) {
+        row.reset();
+    }
+    Attempt now = row.value_or(begun);
     if (result.end == Workers::End::working) {
         return StillWorking(now);
     }
     const WorkerReport& report = result.report;
-    if (result.end == Workers::End::died || report.verdict.outcome == Outcome::unknown) {
+    if (result.end == Workers::End::reported && report.verdict.outcome != Outcome::unknown) {
         if (now.outcome == Outcome::unknown) {
-            now = WithoutRegister(now);
+            // Decided, but the journal did not take it: it will be found out anew when it is asked
+            // for.
+            now.outcome = report.verdict.outcome;
+            now.reason = report.verdict.reason;
+            now.first_record = report.verdict.first_record;
+            now.driver_error = report.driver_error;
         }
-        if (now.outcome == Outcome::unknown && now.reason == Reason::none) {
-            now.reason = Reason::register_unread;
-        }
-    } else if (now.outcome == Outcome::unknown) {
-        // Decided, but the journal did not take it: it will be found out anew when it is asked for.
-        now.outcome = report.verdict.outcome;
-        now.reason = report.verdict.reason;
-        now.first_record = report.verdict.first_record;
-        now.driver_error = report.driver_error;
+        return now;
     }
-    if (!report.journal_failure.empty() && now.stage < Stage::sending) {
+    if (row && now.stage < Stage::sending && !report.journal_failure.empty()) {
         throw JournalFailure(report.journal_failure);
     }
-    return now;
+    if (row && now.outcome == Outcome::unknown) {
+        try {
+            now = WithoutRegister(now);
+        } catch (const JournalFailure&) {
+            now = *row;
+        }
+    }
+    return Unread(now);
 }
 
 Attempt Till::Recorded(const std::string& key) {
+    journal_.WaitUntil(Deadline(kPatienceMs));
     Attempt attempt = Find(key);
-    TillLock lock(path_);
     if (attempt.outcome != Outcome::unknown) {
         return attempt;
     }
-    return lock.Take(Deadline(0)) ? WithoutRegister(Find(key)) : StillWorking(attempt);
+    TillLock lock(path_);
+    if (!lock.Take(Deadline(0))) {
+        return StillWorking(attempt);
+    }
+    // Whoever had the lock may have decided it.
+    attempt = Find(key);
+    return attempt.outcome == Outcome::unknown ? Unread(WithoutRegister(attempt)) : attempt;
 }
 
 Attempt Till::SetByHand(const std::string& key, Outcome outcome) {
+    journal_.WaitUntil(Deadline(kPatienceMs));
     TillLock lock(path_);
     if (!lock.Take(Deadline(0))) {
         throw Refusal(Refusal::Why::busy, "another process works with the register");
@@ -170,10 +215,11 @@ Attempt Till::SetByHand(const std::string& key, Outcome outcome) {
         outcome, outcome == Outcome::printed ? Reason::seen_on_paper : Reason::not_on_paper};
     journal_.Decided(attempt.id, journal_.EvidenceOf(attempt, check.value_or(Check{})), verdict,
                      attempt.driver_error);
-    return *journal_.FindAttempt(attempt.id);
+    return Row(attempt.id);
 }
 
 std::vector<Attempt> Till::All() {
+    journal_.WaitUntil(Deadline(kPatienceMs));
     std::vector<Attempt> last;
     for (Attempt& attempt : journal_.Attempts()) {
         const auto same = [&](const Attempt& other) { return other.key == attempt.key; };
@@ -188,6 +234,7 @@ std::vector<Attempt> Till::All() {
 }
 
 std::vector<std::string> Till::UndecidedKeys() {
+    journal_.WaitUntil(Deadline(kPatienceMs));
     std::vector<std::string> keys;
     for (const Attempt& attempt : journal_.Undecided()) {
         keys.push_back(attempt.key);

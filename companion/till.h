@@ -42,6 +42,8 @@ class Till {
     Attempt Settle(const Attempt& attempt, const TillLock& lock, const Deadline& deadline);
     Attempt Work(const Attempt& attempt, bool prints, const TillLock& lock,
                  const Deadline& deadline);
+    Attempt Answer(const Attempt& begun, const Workers::Result& result);
+    Attempt Row(std::int64_t id);
     Attempt WithoutRegister(const Attempt& attempt);
     void RequireDevice() const;
 

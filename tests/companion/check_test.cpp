@@ -78,6 +78,20 @@ TEST(CompanionCheck, WhatIsNoCheckIsRefused) {
     EXPECT_NO_THROW(Examine(OneLine(1, 1, -99)));
 }
 
+TEST(CompanionCheck, WhatSumsCannotHoldIsRefused) {
+    EXPECT_THROW(Examine(OneLine(1e9, 1e6)), BadCheck);
+    EXPECT_THROW(Examine(OneLine(1e9, 1.001)), BadCheck);
+    EXPECT_THROW(Examine(OneLine(1e7, 1e3, std::numeric_limits<int>::min())), BadCheck);
+    EXPECT_THROW(Examine(OneLine(1, 1, std::numeric_limits<int>::max())), BadCheck);
+    Check check = OneLine(1e9, 1);
+    EXPECT_NO_THROW(Examine(check));
+    EXPECT_EQ(TotalKopecks(check), 100000000000);
+    check.lines.push_back(check.lines[0]);
+    EXPECT_THROW(Examine(check), BadCheck);
+    EXPECT_NO_THROW(Examine(OneLine(1e3, 1e6, 99)));
+    EXPECT_EQ(Sum(1e3, 1e6, 99), 199000000000);
+}
+
 TEST(CompanionCheck, EveryFieldBelongsToTheContent) {
     const Check check = OneLine(1, 1);
     EXPECT_EQ(check, OneLine(1, 1));

@@ -81,6 +81,15 @@ says 'key,outcome,reason,attempts,total,lines,serial,tape,first_record,intended_
   'K,printed,on_tape,2,51.00,1,12345,1,1,'
 gives 0 journal --json
 says '"checks": ['
+# Keys that are no UTF-8, and keys that would write all over the terminal.
+gives 3 check bread.json --key $'B\xff\x80' --deadline 1 --json
+says '"outcome": "not printed"'
+gives 3 check bread.json --key $'E\e[31m\nF' --deadline 1
+says 'E\x1b[31m\x0aF'
+gives 0 journal --json
+says '"checks": ['
+gives 0 journal
+says 'E\x1b[31m\x0aF  not printed  nothing_sent'
 # The deadline comes while the lines are being sent: the worker finishes behind it.
 echo host >&3
 begin=${EPOCHREALTIME/[.,]/}

@@ -1,9 +1,11 @@
 #include "companion/till.h"
 
 #include <gtest/gtest.h>
+#include <sqlite3.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <cstdlib>
 
 #include "support/temp_directory.h"
@@ -70,6 +72,16 @@ TEST_F(TillTest, AWorkerThatDiesBeforeItSendsPrintsNothing) {
     EXPECT_EQ(attempt.stage, Stage::intended);
 }
 
+TEST_F(TillTest, WhatIsDecidedIsToldWithoutTheLock) {
+    WorkerDoes("exit 0");
+    Till till = Open();
+    till.Print("K", bread_, false, Deadline(kAmpleMs));
+    // No lock can be had where a folder has its name.
+    ASSERT_EQ(std::remove("till.journal.lock"), 0);
+    ASSERT_EQ(mkdir("till.journal.lock", 0700), 0);
+    EXPECT_EQ(till.Recorded("K").reason, Reason::nothing_sent);
+}
+
 TEST_F(TillTest, AKeyThatWasUsedPrintsNothingMore) {
     WorkerDoes("echo once >>started");
     Till till = Open();
@@ -127,6 +139,7 @@ TEST_F(TillTest, WhatBrokeOffBehindItIsResolvedAndNotPrintedAnew) {
     }
     Reached("K", Stage::sending);
     EXPECT_EQ(till.Recorded("K").outcome, Outcome::unknown);
+    EXPECT_EQ(till.Recorded("K").reason, Reason::register_unread);
     WorkerDoes("echo $1 >>started; echo '1 1 40 0 the disk is full'");
     const Attempt attempt = till.Print("K", bread_, true, Deadline(kAmpleMs));
     EXPECT_EQ(folder_.Content("started"), "resolve\n");
@@ -172,6 +185,48 @@ TEST_F(TillTest, WorkerHasTheLockAndItsOwnFilesOnly) {
     dup2(input, STDIN_FILENO);
     close(input);
     EXPECT_EQ(folder_.Content("lock"), folder_.Path("till.journal.lock") + "\n");
+}
+
+TEST_F(TillTest, ABusyJournalKeepsNoCallBeyondItsDeadline) {
+    Till till = Open();
+    sqlite3* other = nullptr;
+    ASSERT_EQ(sqlite3_open("till.journal", &other), SQLITE_OK);
+    ASSERT_EQ(sqlite3_exec(other, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr), SQLITE_OK);
+    const Deadline ample(8000);
+    EXPECT_THROW(till.Print("K", bread_, false, Deadline(20)), JournalFailure);
+    EXPECT_THROW(till.Resolve("K", Deadline(20)), JournalFailure);
+    EXPECT_THROW(Open(), JournalFailure);
+    EXPECT_GT(ample.Left(), 0);
+    sqlite3_close(other);
+    EXPECT_EQ(WhyOf([&] { till.Resolve("K", Deadline(20)); }), Refusal::Why::no_key);
+}
+
+// Whatever becomes of the journal's file while the worker prints.
+TEST_F(TillTest, AJournalLostBehindTheWorkerIsNotToldAsNothingPrinted) {
+    for (const std::string loss : {"cat before >$2", ": >$2", "echo No journal at all >$2"}) {
+        std::remove("till.journal");
+        std::remove("till.journal.lock");
+        Till till = Open();
+        ASSERT_EQ(std::system("cp till.journal before"), 0);
+        WorkerDoes(loss + "; echo '1 1 40 32 the journal: the attempt is gone'");
+        const Attempt printed = till.Print("K", bread_, false, Deadline(kAmpleMs));
+        EXPECT_EQ(printed.outcome, Outcome::printed) << loss;
+        EXPECT_EQ(printed.first_record, 40) << loss;
+        EXPECT_EQ(printed.driver_error, 32) << loss;
+    }
+}
+
+TEST_F(TillTest, WithoutAJournalAndAReportTheHostLearnsThatItIsUnknown) {
+    for (const std::string end : {"kill -9 $$", "echo '0 0 -1 0 the journal: disk I/O error'"}) {
+        std::remove("till.journal");
+        std::remove("till.journal.lock");
+        Till till = Open();
+        WorkerDoes(": >$2; " + end);
+        const Attempt attempt = till.Print("K", bread_, false, Deadline(kAmpleMs));
+        EXPECT_EQ(attempt.key, "K") << end;
+        EXPECT_EQ(attempt.outcome, Outcome::unknown) << end;
+        EXPECT_EQ(attempt.reason, Reason::register_unread) << end;
+    }
 }
 
 TEST_F(TillTest, APersonMayDecideWhatIsUnknown) {

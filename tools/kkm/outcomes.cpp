@@ -54,6 +54,26 @@ std::string CsvCell(const std::string& text) {
     return quoted + '"';
 }
 
+// A key's control characters would move the terminal's cursor and break the rows.
+std::string Shown(const std::string& text) {
+    constexpr const char* kDigits = "0123456789abcdef";
+    std::string shown;
+    for (const char character : text) {
+        const auto byte = static_cast<unsigned char>(character);
+        if (byte < 0x20 || byte == 0x7f) {
+            shown += {'\\', 'x', kDigits[byte >> 4], kDigits[byte & 15]};
+        } else {
+            shown += character;
+        }
+    }
+    return shown;
+}
+
+// Keys are bytes of the host's own; what is no UTF-8 in them must not cost the answer.
+std::string Text(const nlohmann::ordered_json& json) {
+    return json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+}
+
 nlohmann::ordered_json Json(const KeyedOutcome& row) {
     const kkmcheck_outcome& outcome = row.outcome;
     const auto number = [](int value) {
@@ -118,12 +138,12 @@ std::string OutcomeName(int verdict) {
 
 void WriteOutcome(const KeyedOutcome& row, bool as_json, std::ostream& out) {
     if (as_json) {
-        out << Json(row).dump(2) << std::endl;
+        out << Text(Json(row)) << std::endl;
         return;
     }
     const kkmcheck_outcome& outcome = row.outcome;
     std::vector<Figure> figures{
-        TextFigure("", row.key, OutcomeName(outcome.outcome)),
+        TextFigure("", Shown(row.key), OutcomeName(outcome.outcome)),
         TextFigure("", "check",
                    Known(outcome.line_count) +
                        (outcome.line_count == 1 ? " line, total " : " lines, total ") +
@@ -147,6 +167,7 @@ void WriteOutcomesAsTable(const std::vector<KeyedOutcome>& outcomes, std::ostrea
     rows.emplace_back(std::begin(kColumns), std::end(kColumns));
     for (const KeyedOutcome& outcome : outcomes) {
         rows.push_back(Cells(outcome));
+        rows.back().front() = Shown(outcome.key);
     }
     std::vector<std::size_t> widths(rows.front().size());
     for (const auto& row : rows) {
@@ -186,7 +207,7 @@ void WriteOutcomesAsJson(const std::vector<KeyedOutcome>& outcomes, std::ostream
     for (const KeyedOutcome& outcome : outcomes) {
         list.push_back(Json(outcome));
     }
-    out << nlohmann::ordered_json{{"checks", list}}.dump(2) << std::endl;
+    out << Text(nlohmann::ordered_json{{"checks", list}}) << std::endl;
 }
 
 }  // namespace kkm
