@@ -41,6 +41,13 @@ TEST(States, CheckOutShowsADiscountByItsSign) {
               "discount  -1.00\n");
 }
 
+TEST(States, AmountsOfFourBytesNeverTurnNegative) {
+    const Bytes data = {0,    1,    0, 9, 2, 1,    0,    0,    0xFF, 0xFF,
+                        0xFF, 0xFF, 1, 5, 0, 0xFF, 0xFF, 0xFF, 0xFF};
+    EXPECT_THAT(Text(0xC8, data), testing::HasSubstr("amount    42949672.95\n"));
+    EXPECT_THAT(Text(0xC8, data), testing::HasSubstr("discount  42949672.95\n"));
+}
+
 TEST(States, NoQuantityWhileGoodsAreEnteredIsOnePiece) {
     EXPECT_THAT(Text(0xA1, {0, 7, 1, 1, 0, 0, 1}), testing::HasSubstr("quantity    1\n"));
     EXPECT_THAT(Text(0xA3, {1, 0, 0, 3, 0, 2, '4', '6'}), testing::HasSubstr("bar code    46\n"));

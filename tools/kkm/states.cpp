@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 
 #include "kkm/encoding.h"
@@ -22,8 +23,8 @@ class Data {
     double CardAmount(std::size_t at) const {
         return Byte(at + 2) * 16777216.0 + Byte(at + 3) * 256.0 + Byte(at + 4);
     }
-    long Number(std::size_t at, std::size_t count) const {
-        long value = 0;
+    std::int64_t Number(std::size_t at, std::size_t count) const {
+        std::int64_t value = 0;
         for (std::size_t i = 0; i < count; ++i) {
             value = value * 256 + Byte(at + i);
         }
@@ -52,7 +53,7 @@ class List {
     std::vector<Figure> Take() { return std::move(figures_); }
     const Data& data() const { return data_; }
 
-    List& Number(const std::string& key, const std::string& label, long value) {
+    List& Number(const std::string& key, const std::string& label, std::int64_t value) {
         figures_.push_back({key, label, std::to_string(value), value});
         return *this;
     }
@@ -81,7 +82,7 @@ class List {
         return *this;
     }
     List& Quantity(std::size_t at, bool weighed) {
-        const long count = data_.Number(at, 2);
+        const std::int64_t count = data_.Number(at, 2);
         if (weighed) {
             const double kilograms = static_cast<double>(count) * kThousandth;
             std::string text = std::to_string(count % 1000);
@@ -142,7 +143,7 @@ void AddCheckOut(List& list) {
     list.Number("section", "section", list.data().Byte(6) + 1);
     list.Money("amount", "amount", static_cast<double>(list.data().Number(8, 4)))
         .SignedPercent(12, 13);
-    const long discount = list.data().Number(15, 4);
+    const std::int64_t discount = list.data().Number(15, 4);
     list.Money("discount", "discount",
                static_cast<double>(list.data().Flag(12) ? discount : -discount));
 }
