@@ -1,7 +1,7 @@
 #include "companion/till.h"
 
-#include <algorithm>
 #include <filesystem>
+#include <unordered_map>
 #include <utility>
 
 #include "companion/file_identity.h"
@@ -221,13 +221,13 @@ Attempt Till::SetByHand(const std::string& key, Outcome outcome) {
 std::vector<Attempt> Till::All() {
     journal_.WaitUntil(Deadline(kPatienceMs));
     std::vector<Attempt> last;
+    std::unordered_map<std::string, std::size_t> places;
     for (Attempt& attempt : journal_.Attempts()) {
-        const auto same = [&](const Attempt& other) { return other.key == attempt.key; };
-        const auto found = std::find_if(last.begin(), last.end(), same);
-        if (found == last.end()) {
+        const auto [place, is_new] = places.emplace(attempt.key, last.size());
+        if (is_new) {
             last.push_back(std::move(attempt));
         } else {
-            *found = std::move(attempt);
+            last[place->second] = std::move(attempt);
         }
     }
     return last;

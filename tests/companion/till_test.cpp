@@ -229,6 +229,19 @@ TEST_F(TillTest, WithoutAJournalAndAReportTheHostLearnsThatItIsUnknown) {
     }
 }
 
+TEST_F(TillTest, TheListHasTheLastAttemptOfEachKeyInTheOrderOfTheFirst) {
+    WorkerDoes("exit 0");
+    Till till = Open();
+    till.Print("L", bread_, false, Deadline(kAmpleMs));
+    till.Print("K", bread_, false, Deadline(kAmpleMs));
+    till.Print("L", bread_, true, Deadline(kAmpleMs));
+    const auto all = till.All();
+    ASSERT_EQ(all.size(), 2U);
+    EXPECT_EQ(all[0].key, "L");
+    EXPECT_EQ(all[0].number, 2);
+    EXPECT_EQ(all[1].key, "K");
+}
+
 TEST_F(TillTest, APersonMayDecideWhatIsUnknown) {
     Till till = Open();
     {
