@@ -191,10 +191,7 @@ Journal::Journal(const std::string& path, Opening opening, std::optional<Deadlin
             FailJournal(database_);
         }
         sqlite3_busy_handler(database_, &Journal::OnBusy, this);
-        if (opening != Opening::read_only) {
-            Run(kSettings);
-        }
-        Prepare();
+        Prepare(opening);
     } catch (...) {
         sqlite3_close(database_);
         throw;
@@ -221,30 +218,36 @@ void Journal::Run(const std::string& sql) {
     }
 }
 
-void Journal::Prepare() {
-    const auto version = [this] {
-        Statement statement(database_, "PRAGMA user_version");
-        statement.Step();
-        return statement.Number();
-    };
-    if (version() == 0 && sqlite3_db_readonly(database_, "main") == 0) {
+std::int64_t Journal::Figure(const std::string& question) {
+    Statement statement(database_, question);
+    statement.Step();
+    return statement.Number();
+}
+
+void Journal::Prepare(Opening opening) {
+    constexpr auto version = "PRAGMA user_version";
+    // Another program's database is left as it is, its settings too.
+    const bool is_new = opening == Opening::create && Figure(version) == 0 &&
+                        Figure("SELECT count(*) FROM sqlite_master") == 0;
+    if (!is_new && Figure(version) != kVersion) {
+        throw JournalFailure("the journal: it is of another version, or no journal");
+    }
+    if (opening != Opening::read_only) {
+        Run(kSettings);
+    }
+    if (is_new) {
         Transaction transaction(database_);
         // Two programs may have come to make it at once.
-        if (version() == 0) {
+        if (Figure(version) == 0) {
             Run(kTables);
             Run("PRAGMA user_version = " + std::to_string(kVersion));
         }
         transaction.Commit();
     }
-    if (version() != kVersion) {
-        throw JournalFailure("the journal: it is of another version, or no journal");
-    }
 }
 
 int Journal::Synchronous() {
-    Statement statement(database_, "PRAGMA synchronous");
-    statement.Step();
-    return static_cast<int>(statement.Number());
+    return static_cast<int>(Figure("PRAGMA synchronous"));
 }
 
 std::optional<Check> Journal::FindCheck(const std::string& key) {

@@ -80,7 +80,8 @@ class Journal {
 
   private:
     static int OnBusy(void* journal, int waits);
-    void Prepare();
+    void Prepare(Opening opening);
+    std::int64_t Figure(const std::string& question);
     void Run(const std::string& sql);
     void Insert(const std::string& key, const Check& check);
     std::vector<Attempt> Select(const std::string& behind, const std::string* key);

@@ -208,6 +208,22 @@ TEST_F(JournalTest, WhatIsNoJournalIsRefused) {
     EXPECT_THROW(Journal(folder_.Path("none"), Journal::Opening::existing), JournalFailure);
 }
 
+TEST_F(JournalTest, AnotherProgramsDatabaseIsRefusedAndLeftAsItWas) {
+    Ask("PRAGMA journal_mode = WAL");
+    Ask("CREATE TABLE customers (name TEXT)");
+    EXPECT_THROW(Open(), JournalFailure);
+    EXPECT_EQ(Ask("SELECT count(*) FROM sqlite_master"), "1");
+    EXPECT_EQ(Ask("PRAGMA user_version"), "0");
+    EXPECT_EQ(Ask("PRAGMA journal_mode"), "wal");
+}
+
+TEST_F(JournalTest, AnEmptyFileBecomesAJournalOnlyWhereOneIsMade) {
+    fclose(fopen(Path().c_str(), "w"));
+    EXPECT_THROW(Journal(Path(), Journal::Opening::existing), JournalFailure);
+    EXPECT_EQ(Ask("SELECT count(*) FROM sqlite_master"), "0");
+    EXPECT_TRUE(Open().Attempts().empty());
+}
+
 TEST_F(JournalTest, AFullDiskIsAFailureThatLeavesTheRestAsItWas) {
     Journal journal = Open();
     journal.Begin("K", Bread(), "/dev/ttyS0");
