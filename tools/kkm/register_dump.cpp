@@ -269,7 +269,7 @@ class Reader {
             }
         }
         if (!gaps.Empty()) {
-            dump_.missing.push_back("the " + what + (read > 0 ? " at " + gaps.Text(Place) : ""));
+            dump_.missing.emplace_back("the " + what + (read > 0 ? " at " + gaps.Text(Place) : ""));
         }
         return static_cast<int>(read);
     }
@@ -286,7 +286,7 @@ class Reader {
             if (record) {
                 KeepRecord(number, *record);
             } else if (!record_count_) {
-                dump_.missing.push_back("how many records the control tape has");
+                dump_.missing.emplace_back("how many records the control tape has");
                 return;
             } else {
                 ++unread;
@@ -295,8 +295,8 @@ class Reader {
             bar.Advance();
         }
         if (unread > 0) {
-            dump_.missing.push_back(Decimal(unread) + " of " + Decimal(*record_count_) +
-                                    " records of the control tape: " + gaps.Text(Decimal));
+            dump_.missing.emplace_back(Decimal(unread) + " of " + Decimal(*record_count_) +
+                                       " records of the control tape: " + gaps.Text(Decimal));
         }
     }
 
@@ -325,7 +325,7 @@ class Reader {
             bar.Advance();
         }
         if (!gaps.Empty()) {
-            dump_.missing.push_back("the goods with the codes " + gaps.Text(Decimal));
+            dump_.missing.emplace_back("the goods with the codes " + gaps.Text(Decimal));
         }
     }
 
