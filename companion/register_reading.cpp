@@ -1,5 +1,6 @@
 #include "companion/register_reading.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "VeskTarvoM5/VeskTarvoM5.h"
@@ -10,6 +11,8 @@ namespace {
 constexpr int kTries = 4;
 // The counter of records goes from one below to 0.
 constexpr int kRecordsRound = 65536;
+// So many records are read at once, and then again: a fault costs no more than these.
+constexpr int kStretch = 32;
 
 // One counter for each question, and the serial number last: an answer that belongs to another
 // question is noticed, for its length is another.
@@ -72,28 +75,55 @@ std::optional<Mark> ReadMarkOnce() {
     return mark;
 }
 
-std::optional<TapeReading> ReadTapeOnce(const Counters& before,
-                                        const std::function<bool()>& time_is_left) {
+bool IsSameTape(const Counters& before, const Counters& now) {
+    return now.serial == before.serial && now.tape == before.tape && now.records >= before.records;
+}
+
+// The counters, and the records behind `known`.
+std::optional<TapeReading> ReadStretchOnce(const TapeRange& range, int known) {
     const auto counters = ReadCounters();
     if (!counters) {
         return std::nullopt;
     }
     TapeReading reading;
     reading.counters = *counters;
-    if (counters->tape != before.tape || counters->records < before.records) {
+    if (!IsSameTape(range.before, *counters)) {
         return reading;
     }
-    if (!ReadLast(before, reading.last_record_before)) {
+    if (!ReadLast(range.before, reading.last_record_before)) {
         return std::nullopt;
     }
-    for (int number = before.records + 1; number <= counters->records; ++number) {
+    const int end = std::min({counters->records, range.end_record, known + kStretch});
+    for (int number = known + 1; number <= end; ++number) {
         const auto record = ReadRecord(number);
-        if (!record || !time_is_left()) {
+        if (!record) {
             return std::nullopt;
         }
         reading.records.push_back(*record);
     }
     return reading;
+}
+
+// A stretch that belongs behind what was read. What was read of another memory goes.
+void Append(TapeReading&& stretch, int known, std::optional<TapeReading>& reading) {
+    if (reading && stretch.counters.serial == reading->counters.serial &&
+        stretch.counters.tape == reading->counters.tape && stretch.counters.records >= known &&
+        (reading->records.empty() || stretch.last_record_before == reading->last_record_before)) {
+        stretch.records.insert(stretch.records.begin(), reading->records.begin(),
+                               reading->records.end());
+    } else if (reading && !reading->records.empty()) {
+        stretch.records.clear();
+    }
+    reading = std::move(stretch);
+}
+
+// What the counters alone tell, when the tape is not read.
+void KeepCounters(std::optional<TapeReading>& reading) {
+    const auto counters = ReadCounters();
+    if (counters && ReadCounters() == counters) {
+        reading.emplace();
+        reading->counters = *counters;
+    }
 }
 
 bool Same(const Mark& one, const Mark& other) {
@@ -128,9 +158,32 @@ std::optional<Mark> ReadMark() {
     return ReadTwice(ReadMarkOnce);
 }
 
-std::optional<TapeReading> ReadTape(const Counters& before,
-                                    const std::function<bool()>& time_is_left) {
-    return ReadTwice([&] { return ReadTapeOnce(before, time_is_left); });
+bool ReadTape(const TapeRange& range, const TapeGoesOn& goes_on,
+              std::optional<TapeReading>& reading) {
+    for (;;) {
+        const int read = reading ? static_cast<int>(reading->records.size()) : 0;
+        const int known = range.before.records + read;
+        auto stretch = ReadTwice([&] { return ReadStretchOnce(range, known); });
+        if (!stretch) {
+            if (!reading) {
+                KeepCounters(reading);
+            }
+            return false;
+        }
+        Append(std::move(*stretch), known, reading);
+        if (!IsSameTape(range.before, reading->counters)) {
+            return true;
+        }
+        const int now = static_cast<int>(reading->records.size());
+        const int all =
+            std::min(reading->counters.records, range.end_record) - range.before.records;
+        if (now >= all) {
+            return true;
+        }
+        if (!goes_on(now, all)) {
+            return false;
+        }
+    }
 }
 
 }  // namespace kkmcheck

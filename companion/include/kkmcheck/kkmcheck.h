@@ -162,6 +162,20 @@ KKMCHECK_API int kkmcheck_list(kkmcheck_journal* journal, kkmcheck_visit visit, 
 KKMCHECK_API int kkmcheck_resolve_all(kkmcheck_journal* journal, int deadline_ms,
                                       kkmcheck_visit visit, void* context, int* unknown);
 
+/// Where the worker process is.
+enum kkmcheck_step {
+    KKMCHECK_WAITING = 1,    ///< for the register to ask for the check
+    KKMCHECK_SENDING = 2,    ///< the lines, and printing
+    KKMCHECK_COMPARING = 3,  ///< the driver came back; counters and tape are read
+    KKMCHECK_READING = 4     ///< a long tape: `done` of `all` records
+};
+
+/// Called in the thread of the call that waits. It must not use the handle.
+typedef void (*kkmcheck_step_told)(void* context, int step, int done, int all);
+/// Has the steps of printing and finding out told; null ends that.
+KKMCHECK_API int kkmcheck_on_step(kkmcheck_journal* journal, kkmcheck_step_told told,
+                                  void* context);
+
 /// Name of a reason, "counters_unmoved"; never null.
 KKMCHECK_API const char* kkmcheck_reason_name(int reason);
 

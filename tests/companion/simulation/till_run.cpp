@@ -185,6 +185,7 @@ class TillRun {
         conditions.time_is_left = [this] {
             return !IsDead() && system_.Now() < finding_out_until_;
         };
+        conditions.tape_goes_on = [this](int /*read*/, int /*all*/) { return !IsDead(); };
         conditions.sending_begins = [] {};
         conditions.abandon = [this] {
             abandoned_ = true;
