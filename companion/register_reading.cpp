@@ -79,8 +79,13 @@ bool IsSameTape(const Counters& before, const Counters& now) {
     return now.serial == before.serial && now.tape == before.tape && now.records >= before.records;
 }
 
-// The counters, and the records behind `known`.
-std::optional<TapeReading> ReadStretchOnce(const TapeRange& range, int known) {
+int NewRecords(const TapeRange& range, const Counters& now) {
+    return std::min(now.records, range.end_record) - range.before.records;
+}
+
+// The counters, and the records behind the first `read` new ones.
+std::optional<TapeReading> ReadStretchOnce(const TapeRange& range, int read,
+                                           const TapeGoesOn& goes_on) {
     const auto counters = ReadCounters();
     if (!counters) {
         return std::nullopt;
@@ -93,8 +98,13 @@ std::optional<TapeReading> ReadStretchOnce(const TapeRange& range, int known) {
     if (!ReadLast(range.before, reading.last_record_before)) {
         return std::nullopt;
     }
-    const int end = std::min({counters->records, range.end_record, known + kStretch});
-    for (int number = known + 1; number <= end; ++number) {
+    const int all = NewRecords(range, *counters);
+    if (all > kStretch && !goes_on(read, all)) {
+        return std::nullopt;
+    }
+    const int first = range.before.records + read + 1;
+    const int end = range.before.records + std::min(all, read + kStretch);
+    for (int number = first; number <= end; ++number) {
         const auto record = ReadRecord(number);
         if (!record) {
             return std::nullopt;
@@ -105,9 +115,10 @@ std::optional<TapeReading> ReadStretchOnce(const TapeRange& range, int known) {
 }
 
 // A stretch that belongs behind what was read. What was read of another memory goes.
-void Append(TapeReading&& stretch, int known, std::optional<TapeReading>& reading) {
+void Append(TapeReading&& stretch, std::optional<TapeReading>& reading) {
     if (reading && stretch.counters.serial == reading->counters.serial &&
-        stretch.counters.tape == reading->counters.tape && stretch.counters.records >= known &&
+        stretch.counters.tape == reading->counters.tape &&
+        stretch.counters.records >= reading->counters.records &&
         (reading->records.empty() || stretch.last_record_before == reading->last_record_before)) {
         stretch.records.insert(stretch.records.begin(), reading->records.begin(),
                                reading->records.end());
@@ -162,26 +173,17 @@ bool ReadTape(const TapeRange& range, const TapeGoesOn& goes_on,
               std::optional<TapeReading>& reading) {
     for (;;) {
         const int read = reading ? static_cast<int>(reading->records.size()) : 0;
-        const int known = range.before.records + read;
-        auto stretch = ReadTwice([&] { return ReadStretchOnce(range, known); });
+        auto stretch = ReadTwice([&] { return ReadStretchOnce(range, read, goes_on); });
         if (!stretch) {
             if (!reading) {
                 KeepCounters(reading);
             }
             return false;
         }
-        Append(std::move(*stretch), known, reading);
-        if (!IsSameTape(range.before, reading->counters)) {
+        Append(std::move(*stretch), reading);
+        if (!IsSameTape(range.before, reading->counters) ||
+            static_cast<int>(reading->records.size()) >= NewRecords(range, reading->counters)) {
             return true;
-        }
-        const int now = static_cast<int>(reading->records.size());
-        const int all =
-            std::min(reading->counters.records, range.end_record) - range.before.records;
-        if (now >= all) {
-            return true;
-        }
-        if (!goes_on(now, all)) {
-            return false;
         }
     }
 }

@@ -28,7 +28,7 @@ struct TapeRange {
     int end_record = 0;  // none behind it is needed
 };
 
-// Told how many of how many records are read, behind every stretch of a long tape; false ends it.
+// Told how many of how many records are read, before every stretch of a long tape; false ends it.
 using TapeGoesOn = std::function<bool(int read, int all)>;
 
 // Reads the tape stretch by stretch, and goes on where `reading` broke off. Records are read only

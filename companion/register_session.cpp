@@ -192,6 +192,9 @@ Verdict RegisterSession::Settle(Evidence& evidence) {
             may_leave_ = true;
             break;
         }
+        if (verdict.reason != before) {
+            conditions_.found_so_far(verdict, print_error != 0 ? print_error : driver_error_);
+        }
         if (verdict.reason == Reason::check_may_be_open) {
             evidence.nothing_open = ClearRegister();
             connected_ = evidence.nothing_open;

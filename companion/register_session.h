@@ -35,6 +35,8 @@ struct Conditions {
     // A long tape is being read, so many of so many records so far; false: no further. Where this
     // was asked, a time that is left has to do for the rest.
     std::function<bool(int read, int all)> tape_goes_on;
+    // Unknown so far, and why: what is left to say when the rest of the time brings nothing.
+    std::function<void(const Verdict&, int driver_error)> found_so_far;
     // The register asked for the check: from here on lines may be sent.
     std::function<void()> sending_begins;
     // Ends everything at once. The driver does not hear of failures in its callbacks, and must not

@@ -154,6 +154,17 @@ void Work(const Task& task) {
     conditions.tape_goes_on = [&](int read, int all) { return patience.TapeGoesOn(read, all); };
     conditions.sending_begins = [] { goes_on = 1; };
     conditions.abandon = [] { _exit(kAbandoned); };
+    const auto record = [&](const Verdict& verdict, int driver_error) -> std::string {
+        try {
+            journal.Decided(attempt->id, evidence, verdict, driver_error);
+            return {};
+        } catch (const JournalFailure& failure) {
+            return failure.what();
+        }
+    };
+    // The driver may be waited for in vain from here on, until the alarm. This is not the last
+    // word, so it does not matter whether the journal takes it.
+    conditions.found_so_far = record;
     RegisterSession session(task.device, conditions);
     JournalLog rows(journal, attempt->id);
     GuardedLog log(rows, task.journal);
@@ -161,10 +172,8 @@ void Work(const Task& task) {
     report.verdict = task.prints ? session.Print(*check, evidence, log) : session.Resolve(evidence);
     report.driver_error = session.driver_error();
     report.journal_failure = session.journal_failure();
-    try {
-        journal.Decided(attempt->id, evidence, report.verdict, report.driver_error);
-    } catch (const JournalFailure& failure) {
-        report.journal_failure = failure.what();
+    if (const std::string failure = record(report.verdict, report.driver_error); !failure.empty()) {
+        report.journal_failure = failure;
     }
     Say(ReportText(report));
     goes_on = 0;

@@ -11,6 +11,7 @@
    DISK_FULL_AT=K     the K-th writing of the journal and all behind it find the disk full ...
    DISK_FULL_IN=      in this program: host or worker
    SHORTEN also makes the worker's monotonic clock run N times as fast.
+   UNREADABLE_FROM=K  no record of the tape is read from the K-th on, counted from 1
    TRACE_FILE=        receives what reaches the disk and the register, one event a line: "write PATH",
                       "sync PATH", "unlink PATH", "request COMMAND"
    COUNT_FILE=        receives one byte for each request, to know how many there are */
@@ -81,6 +82,15 @@ static int line_is_cut(void)
     const long first = number("STRIKE_AT", 0);
     return says("STRIKE", "cut") && requests >= first &&
            requests < first + number("STRIKE_FOR", 1);
+}
+
+/* Command 12 asks for a record by its number from 0, the high byte first. The last one of all stands
+   before the first of an empty tape. */
+static int is_unreadable(const unsigned char* request, size_t count)
+{
+    const long first = number("UNREADABLE_FROM", 0);
+    const long asked = count > 5 && request[3] == 0x12 ? request[4] * 256 + request[5] + 1 : 0;
+    return first != 0 && asked >= first && asked < 65536;
 }
 
 int usleep(useconds_t us)
@@ -272,7 +282,7 @@ ssize_t write(int fd, const void* from, size_t count)
     if (strikes_now("before")) {
         strike();
     }
-    swallowed = line_is_cut();
+    swallowed = line_is_cut() || is_unreadable(from, count);
     if (swallowed) {
         return (ssize_t)count;
     }
