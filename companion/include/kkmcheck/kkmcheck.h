@@ -13,8 +13,10 @@
 /// **Deadlines** are milliseconds from the call. The register is driven by a process of its own
 /// (kkmcheck-worker, found beside the library or at KKMCHECK_WORKER in the environment), since the
 /// driver waits for a silent register without bound. What is not known at the deadline is
-/// ::KKMCHECK_UNKNOWN; a check whose lines are being sent is finished behind it, and
-/// kkmcheck_resolve() then tells.
+/// ::KKMCHECK_UNKNOWN; a check whose lines are being sent is finished behind it, a long tape is
+/// read on, and kkmcheck_resolve() then tells. The worker is no child of the host's, which may do
+/// what it likes with SIGCHLD. An answer before the deadline comes when the worker has taken leave
+/// of the register.
 ///
 /// **Texts** go to the register in the host's own bytes; a register prints code page 866.
 ///
