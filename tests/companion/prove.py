@@ -31,7 +31,7 @@ RECEIPT = ["Alpha", "2 x 25.50         =51.00", "Beta", "0.345 x 60.00     =20.7
            "Gamma", "1 x 199.99       =199.99", "СКИДКА -5%        -13.58",
            "ИТОГО            =258.11"]
 # Sum and price, and quantity, of its records in the register's memory.
-TAPE = [("000012ED0009F6", "0007D0000000"), ("000007AF001770", "000159000000"),
+TAPE = [("000012ED0009F6", "0007D0000000"), ("000007AF001770", "010159000000"),
         ("00004A37004E1F", "0003E8000000")]
 TRIES = 3
 PRINTED, NOT_PRINTED, UNKNOWN = 0, 3, 4
