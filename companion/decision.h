@@ -102,7 +102,8 @@ struct Evidence {
     bool nothing_open = false;
     // The record that stood last before, read again; empty when it was not read.
     std::string last_record_now;
-    // From the record behind the last one before to the last one after, as far as they were read.
+    // From the record behind the last one before to the last one after, or until the next mark, as
+    // far as they were read.
     std::vector<TapeRecord> records;
     std::vector<Claim> claims;
 };

@@ -38,6 +38,9 @@ struct Attempt {
     std::string decided_at;
     std::int64_t total_kopecks = 0;
     int lines = 0;
+    // In no row: how many of how many records a worker that goes on has read; 0 of 0: it does not.
+    int tape_read = 0;
+    int tape_to_read = 0;
 };
 
 class Journal {

@@ -19,12 +19,16 @@ using kkmcheck::Outcome;
 using kkmcheck::Reason;
 using kkmcheck::Refusal;
 using kkmcheck::Till;
+using kkmcheck::WorkerStep;
 
 struct kkmcheck_journal {
     std::unique_ptr<Till> till;
     std::string path;
     std::string error;
 };
+
+static_assert(static_cast<int>(WorkerStep::waiting) == KKMCHECK_WAITING &&
+              static_cast<int>(WorkerStep::reading) == KKMCHECK_READING);
 
 namespace {
 
@@ -37,8 +41,23 @@ void Copy(const std::string& text, char (&to)[kSize]) {
     std::fill(to + count, to + kSize, '\0');
 }
 
+// How far the tape was read, when that is what is missing.
+std::string TapeSoFar(const Attempt& attempt) {
+    int read = attempt.tape_read;
+    int all = attempt.tape_to_read;
+    if (attempt.reason == Reason::tape_unread && attempt.before && attempt.after) {
+        const std::string& records = attempt.records_compared;
+        read = static_cast<int>(std::count(records.begin(), records.end(), '\n')) +
+               (records.empty() ? 0 : 1);
+        all = attempt.after->records - attempt.before->counters.records;
+    }
+    return all > 0 ? " " + std::to_string(read) + " of the tape's " + std::to_string(all) +
+                         " new records are read."
+                   : "";
+}
+
 std::string Sentence(const Attempt& attempt) {
-    std::string text(Advice(attempt.reason));
+    std::string text = std::string(Advice(attempt.reason)) + TapeSoFar(attempt);
     if (attempt.outcome != Outcome::unknown || !attempt.before) {
         return text;
     }
@@ -249,6 +268,16 @@ int kkmcheck_resolve_all(kkmcheck_journal* journal, int deadline_ms, kkmcheck_vi
         if (unknown != nullptr) {
             *unknown = left;
         }
+    });
+}
+
+int kkmcheck_on_step(kkmcheck_journal* journal, kkmcheck_step_told told, void* context) {
+    return Guarded(journal, true, [&](Till& till) {
+        till.OnStep([told, context](const WorkerStep& step) {
+            if (told != nullptr) {
+                told(context, step.kind, step.done, step.all);
+            }
+        });
     });
 }
 

@@ -43,8 +43,8 @@ constexpr Row kRows[] = {
     {Reason::counters_at_odds, "counters_at_odds",
      "The register's counters moved in a way that no checks move them. Look at the paper."},
     {Reason::tape_unread, "tape_unread",
-     "The control tape could not be read as far as is needed. Ask again (resolve), or look at the "
-     "paper."},
+     "The control tape could not be read as far as is needed. Ask again (resolve) with more time, "
+     "or look at the paper."},
     {Reason::check_may_be_open, "check_may_be_open",
      "The check is not printed so far, but it may be open at the register still and come out. "
      "Mend the connection and ask again (resolve)."},

@@ -1,5 +1,6 @@
 #include "companion/register_reading.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "VeskTarvoM5/VeskTarvoM5.h"
@@ -10,6 +11,8 @@ namespace {
 constexpr int kTries = 4;
 // The counter of records goes from one below to 0.
 constexpr int kRecordsRound = 65536;
+// So many records are read at once, and then again: a fault costs no more than these.
+constexpr int kStretch = 32;
 
 // One counter for each question, and the serial number last: an answer that belongs to another
 // question is noticed, for its length is another.
@@ -72,28 +75,66 @@ std::optional<Mark> ReadMarkOnce() {
     return mark;
 }
 
-std::optional<TapeReading> ReadTapeOnce(const Counters& before,
-                                        const std::function<bool()>& time_is_left) {
+bool IsSameTape(const Counters& before, const Counters& now) {
+    return now.serial == before.serial && now.tape == before.tape && now.records >= before.records;
+}
+
+int NewRecords(const TapeRange& range, const Counters& now) {
+    return std::min(now.records, range.end_record) - range.before.records;
+}
+
+// The counters, and the records behind the first `read` new ones.
+std::optional<TapeReading> ReadStretchOnce(const TapeRange& range, int read,
+                                           const TapeGoesOn& goes_on) {
     const auto counters = ReadCounters();
     if (!counters) {
         return std::nullopt;
     }
     TapeReading reading;
     reading.counters = *counters;
-    if (counters->tape != before.tape || counters->records < before.records) {
+    if (!IsSameTape(range.before, *counters)) {
         return reading;
     }
-    if (!ReadLast(before, reading.last_record_before)) {
+    if (!ReadLast(range.before, reading.last_record_before)) {
         return std::nullopt;
     }
-    for (int number = before.records + 1; number <= counters->records; ++number) {
+    const int all = NewRecords(range, *counters);
+    if (all > kStretch && !goes_on(read, all)) {
+        return std::nullopt;
+    }
+    const int first = range.before.records + read + 1;
+    const int end = range.before.records + std::min(all, read + kStretch);
+    for (int number = first; number <= end; ++number) {
         const auto record = ReadRecord(number);
-        if (!record || !time_is_left()) {
+        if (!record) {
             return std::nullopt;
         }
         reading.records.push_back(*record);
     }
     return reading;
+}
+
+// A stretch that belongs behind what was read. What was read of another memory goes.
+void Append(TapeReading&& stretch, std::optional<TapeReading>& reading) {
+    if (reading && stretch.counters.serial == reading->counters.serial &&
+        stretch.counters.tape == reading->counters.tape &&
+        stretch.counters.records >= reading->counters.records &&
+        (reading->records.empty() || stretch.last_record_before == reading->last_record_before)) {
+        stretch.records.insert(stretch.records.begin(), reading->records.begin(),
+                               reading->records.end());
+    } else if (reading && !reading->records.empty()) {
+        stretch.records.clear();
+    }
+    reading = std::move(stretch);
+}
+
+// What the counters alone tell, when the tape is not read.
+void KeepCounters(std::optional<TapeReading>& reading) {
+    const auto counters = ReadCounters();
+    if (counters && ReadCounters() == counters) {
+        reading.emplace();
+        reading->counters = *counters;
+    }
 }
 
 bool Same(const Mark& one, const Mark& other) {
@@ -128,9 +169,23 @@ std::optional<Mark> ReadMark() {
     return ReadTwice(ReadMarkOnce);
 }
 
-std::optional<TapeReading> ReadTape(const Counters& before,
-                                    const std::function<bool()>& time_is_left) {
-    return ReadTwice([&] { return ReadTapeOnce(before, time_is_left); });
+bool ReadTape(const TapeRange& range, const TapeGoesOn& goes_on,
+              std::optional<TapeReading>& reading) {
+    for (;;) {
+        const int read = reading ? static_cast<int>(reading->records.size()) : 0;
+        auto stretch = ReadTwice([&] { return ReadStretchOnce(range, read, goes_on); });
+        if (!stretch) {
+            if (!reading) {
+                KeepCounters(reading);
+            }
+            return false;
+        }
+        Append(std::move(*stretch), reading);
+        if (!IsSameTape(range.before, reading->counters) ||
+            static_cast<int>(reading->records.size()) >= NewRecords(range, reading->counters)) {
+            return true;
+        }
+    }
 }
 
 }  // namespace kkmcheck

@@ -1,9 +1,9 @@
 #include "companion/register_session.h"
 
+#include <limits>
 #include <utility>
 
 #include "VeskTarvoM5/VeskTarvoM5.h"
-#include "companion/register_reading.h"
 
 namespace kkmcheck {
 namespace {
@@ -185,13 +185,15 @@ Verdict RegisterSession::Settle(Evidence& evidence) {
             continue;
         }
         if (!Look(evidence)) {
-            connected_ = false;
             continue;
         }
         verdict = Decide(evidence);
         if (verdict.outcome != Outcome::unknown) {
             may_leave_ = true;
             break;
+        }
+        if (verdict.reason != before) {
+            conditions_.found_so_far(verdict, print_error != 0 ? print_error : driver_error_);
         }
         if (verdict.reason == Reason::check_may_be_open) {
             evidence.nothing_open = ClearRegister();
@@ -220,14 +222,22 @@ bool RegisterSession::ClearRegister() {
     return true;
 }
 
+// False when not even the counters could be read.
 bool RegisterSession::Look(Evidence& evidence) {
-    const auto tape = ReadTape(evidence.before->counters, conditions_.time_is_left);
-    if (!tape) {
+    const TapeRange range{evidence.before->counters, evidence.until
+                                                         ? evidence.until->counters.records
+                                                         : std::numeric_limits<int>::max()};
+    const bool whole = ReadTape(range, conditions_.tape_goes_on, reading_);
+    connected_ = whole;
+    if (!reading_) {
         return false;
     }
-    evidence.after = tape->counters;
-    evidence.last_record_now = tape->last_record_before;
-    evidence.records = tape->records;
+    evidence.after = reading_->counters;
+    evidence.last_record_now = reading_->last_record_before;
+    evidence.records = reading_->records;
+    if (whole) {
+        reading_.reset();
+    }
     return true;
 }
 

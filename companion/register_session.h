@@ -9,6 +9,7 @@
 
 #include "companion/check.h"
 #include "companion/decision.h"
+#include "companion/register_reading.h"
 
 namespace kkmcheck {
 
@@ -31,6 +32,11 @@ class AttemptLog {
 // Whoever runs a session: how long it may go on, and its way out.
 struct Conditions {
     std::function<bool()> time_is_left;
+    // A long tape is being read, so many of so many records so far; false: no further. Where this
+    // was asked, a time that is left has to do for the rest.
+    std::function<bool(int read, int all)> tape_goes_on;
+    // Unknown so far, and why: what is left to say when the rest of the time brings nothing.
+    std::function<void(const Verdict&, int driver_error)> found_so_far;
     // The register asked for the check: from here on lines may be sent.
     std::function<void()> sending_begins;
     // Ends everything at once. The driver does not hear of failures in its callbacks, and must not
@@ -78,6 +84,7 @@ class RegisterSession {
     bool may_leave_ = false;
     int driver_error_ = 0;
     std::string journal_failure_;
+    std::optional<TapeReading> reading_;  // that broke off
     Evidence* printing_ = nullptr;
     AttemptLog* log_ = nullptr;
 };

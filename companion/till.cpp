@@ -137,9 +137,10 @@ Attempt Till::WithoutRegister(const Attempt& attempt) {
 
 Attempt Till::Work(const Attempt& attempt, bool prints, const TillLock& lock,
                    const Deadline& deadline) {
-    Workers::Result result;
+    WorkerResult result;
     try {
-        result = workers_.Run({prints, path_, device_, attempt.id, lock.descriptor()}, deadline);
+        result =
+            RunWorker({prints, path_, device_, attempt.id, lock.descriptor()}, deadline, on_step_);
     } catch (const std::runtime_error& error) {
         WithoutRegister(attempt);
         throw Refusal(Refusal::Why::worker, error.what());
@@ -149,7 +150,7 @@ Attempt Till::Work(const Attempt& attempt, bool prints, const TillLock& lock,
 
 // The worker may have sent lines, so a journal that fails here must not be told as a call that
 // printed nothing: only a row that was read back proves that.
-Attempt Till::Answer(const Attempt& begun, const Workers::Result& result) {
+Attempt Till::Answer(const Attempt& begun, const WorkerResult& result) {
     std::optional<Attempt> row;
     try {
         row = journal_.FindAttempt(begun.id);
@@ -157,11 +158,15 @@ Attempt Till::Answer(const Attempt& begun, const Workers::Result& result) {
         row.reset();
     }
     Attempt now = row.value_or(begun);
-    if (result.end == Workers::End::working) {
+    if (result.end == WorkerResult::End::working) {
+        if (result.step.kind == WorkerStep::reading) {
+            now.tape_read = result.step.done;
+            now.tape_to_read = result.step.all;
+        }
         return StillWorking(now);
     }
     const WorkerReport& report = result.report;
-    if (result.end == Workers::End::reported && report.verdict.outcome != Outcome::unknown) {
+    if (result.end == WorkerResult::End::reported && report.verdict.outcome != Outcome::unknown) {
         if (now.outcome == Outcome::unknown) {
             // Decided, but the journal did not take it: it will be found out anew when it is asked
             // for.

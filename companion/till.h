@@ -5,6 +5,8 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "companion/deadline.h"
 #include "companion/journal.h"
@@ -36,13 +38,15 @@ class Till {
     // The last attempt of each key, in the order of the keys' first ones.
     std::vector<Attempt> All();
     std::vector<std::string> UndecidedKeys();
+    // Told in the thread of the call that waits for a worker.
+    void OnStep(std::function<void(const WorkerStep&)> on_step) { on_step_ = std::move(on_step); }
 
   private:
     Attempt Find(const std::string& key);
     Attempt Settle(const Attempt& attempt, const TillLock& lock, const Deadline& deadline);
     Attempt Work(const Attempt& attempt, bool prints, const TillLock& lock,
                  const Deadline& deadline);
-    Attempt Answer(const Attempt& begun, const Workers::Result& result);
+    Attempt Answer(const Attempt& begun, const WorkerResult& result);
     Attempt Row(std::int64_t id);
     Attempt WithoutRegister(const Attempt& attempt);
     void RequireDevice() const;
@@ -50,7 +54,7 @@ class Till {
     std::string path_;
     std::string device_;
     Journal journal_;
-    Workers workers_;
+    std::function<void(const WorkerStep&)> on_step_ = [](const WorkerStep&) {};
 };
 
 }  // namespace kkmcheck

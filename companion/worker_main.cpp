@@ -19,24 +19,27 @@
 namespace kkmcheck {
 namespace {
 
-// A check whose lines are being sent is finished, or so long waited for, behind the deadline.
+// A check whose lines are being sent is finished, or so long waited for, behind the deadline; so is
+// a long tape that is being read.
 constexpr unsigned kGraceS = 180;
 // What is left of it when the driver is back is for finding out.
 constexpr int kLookMs = 5000;
 constexpr unsigned kGoodByeS = 10;
 constexpr int kMarginMs = 100;
+constexpr int kLongestMs = 2'000'000'000;
 
 constexpr int kTimeIsUp = 3;
 constexpr int kAbandoned = 4;
+constexpr int kNoProcess = 5;
 
-volatile sig_atomic_t sending = 0;
+volatile sig_atomic_t goes_on = 0;
 
 void OnAlarm(int) {
-    if (sending == 0) {
+    if (goes_on == 0) {
         _exit(kTimeIsUp);
     }
-    // Once more, and for good.
-    sending = 0;
+    // Once more, and for good, unless something happens.
+    goes_on = 0;
     alarm(kGraceS);
 }
 
@@ -54,10 +57,9 @@ void LimitTime(int ms) {
     setitimer(ITIMER_REAL, &limit, nullptr);
 }
 
-void Report(const WorkerReport& report) {
-    const std::string text = ReportText(report);
+void Say(const std::string& text) {
     // Nobody may be there to read it any more.
-    if (write(STDOUT_FILENO, text.data(), text.size()) > 0) {
+    if (write(STDOUT_FILENO, text.data(), text.size()) < 0) {
         close(STDOUT_FILENO);
     }
 }
@@ -67,7 +69,10 @@ class GuardedLog final : public AttemptLog {
   public:
     GuardedLog(AttemptLog& log, std::string journal)
         : log_(log), journal_(std::move(journal)), opened_(IdentityOf(journal_)) {}
-    void Counted(const Mark& mark, int firmware) override { log_.Counted(mark, firmware); }
+    void Counted(const Mark& mark, int firmware) override {
+        log_.Counted(mark, firmware);
+        Say(StepText({WorkerStep::waiting}));
+    }
     void Sending(const Mark& mark) override {
         if (IdentityOf(journal_) != opened_) {
             throw JournalFailure("the journal was removed or replaced");
@@ -76,8 +81,12 @@ class GuardedLog final : public AttemptLog {
             throw JournalFailure("the lock file was removed or replaced");
         }
         log_.Sending(mark);
+        Say(StepText({WorkerStep::sending}));
     }
-    void Returned(int result, int error) override { log_.Returned(result, error); }
+    void Returned(int result, int error) override {
+        log_.Returned(result, error);
+        Say(StepText({WorkerStep::comparing}));
+    }
 
   private:
     AttemptLog& log_;
@@ -93,8 +102,45 @@ struct Task {
     int time_ms;
 };
 
+// How long the register is looked at.
+class Patience {
+  public:
+    Patience(const Task& task, const Evidence& evidence)
+        : prints_(task.prints),
+          evidence_(evidence),
+          deadline_(std::max(task.time_ms - kMarginMs, 1)),
+          grace_(std::min(task.time_ms, kLongestMs) + static_cast<int>(kGraceS) * 1000 -
+                 kMarginMs) {}
+
+    bool TimeIsLeft() {
+        if (tape_is_long_) {
+            return grace_.Left() > 0;
+        }
+        if (evidence_.stage == Stage::returned && prints_) {
+            if (!for_looking_) {
+                for_looking_.emplace(std::max(deadline_.Left(), kLookMs));
+            }
+            return for_looking_->Left() > 0;
+        }
+        return deadline_.Left() > 0;
+    }
+    bool TapeGoesOn(int read, int all) {
+        tape_is_long_ = true;
+        goes_on = 1;
+        Say(StepText({WorkerStep::reading, read, all}));
+        return grace_.Left() > 0;
+    }
+
+  private:
+    bool prints_;
+    const Evidence& evidence_;
+    Deadline deadline_;
+    Deadline grace_;
+    std::optional<Deadline> for_looking_;
+    bool tape_is_long_ = false;
+};
+
 void Work(const Task& task) {
-    const Deadline deadline(std::max(task.time_ms - kMarginMs, 1));
     Journal journal(task.journal, Journal::Opening::existing);
     const auto attempt = journal.FindAttempt(task.attempt);
     const auto check = attempt ? journal.FindCheck(attempt->key) : std::nullopt;
@@ -102,19 +148,23 @@ void Work(const Task& task) {
         throw JournalFailure("the journal: the attempt is gone");
     }
     Evidence evidence = journal.EvidenceOf(*attempt, *check);
-    std::optional<Deadline> for_looking;
+    Patience patience(task, evidence);
     Conditions conditions;
-    conditions.time_is_left = [&] {
-        if (evidence.stage == Stage::returned && task.prints) {
-            if (!for_looking) {
-                for_looking.emplace(std::max(deadline.Left(), kLookMs));
-            }
-            return for_looking->Left() > 0;
-        }
-        return deadline.Left() > 0;
-    };
-    conditions.sending_begins = [] { sending = 1; };
+    conditions.time_is_left = [&] { return patience.TimeIsLeft(); };
+    conditions.tape_goes_on = [&](int read, int all) { return patience.TapeGoesOn(read, all); };
+    conditions.sending_begins = [] { goes_on = 1; };
     conditions.abandon = [] { _exit(kAbandoned); };
+    const auto record = [&](const Verdict& verdict, int driver_error) -> std::string {
+        try {
+            journal.Decided(attempt->id, evidence, verdict, driver_error);
+            return {};
+        } catch (const JournalFailure& failure) {
+            return failure.what();
+        }
+    };
+    // The driver may be waited for in vain from here on, until the alarm. This is not the last
+    // word, so it does not matter whether the journal takes it.
+    conditions.found_so_far = record;
     RegisterSession session(task.device, conditions);
     JournalLog rows(journal, attempt->id);
     GuardedLog log(rows, task.journal);
@@ -122,13 +172,11 @@ void Work(const Task& task) {
     report.verdict = task.prints ? session.Print(*check, evidence, log) : session.Resolve(evidence);
     report.driver_error = session.driver_error();
     report.journal_failure = session.journal_failure();
-    try {
-        journal.Decided(attempt->id, evidence, report.verdict, report.driver_error);
-    } catch (const JournalFailure& failure) {
-        report.journal_failure = failure.what();
+    if (const std::string failure = record(report.verdict, report.driver_error); !failure.empty()) {
+        report.journal_failure = failure;
     }
-    Report(report);
-    sending = 0;
+    Say(ReportText(report));
+    goes_on = 0;
     alarm(kGoodByeS);
     session.Leave();
 }
@@ -141,7 +189,7 @@ int WorkThrough(const Task& task) {
     } catch (const std::exception& error) {
         WorkerReport report;
         report.journal_failure = error.what();
-        Report(report);
+        Say(ReportText(report));
     }
     return 0;
 }
@@ -152,6 +200,11 @@ int WorkThrough(const Task& task) {
 int main(int argc, char** argv) {
     if (argc != 6) {
         return 2;
+    }
+    // The host's child ends at once, so that the host can take leave of it: whoever prints outlives
+    // the call, and would stay behind in a host that is not asked again as a dead process.
+    if (const pid_t worker = fork(); worker != 0) {
+        _exit(worker < 0 ? kkmcheck::kNoProcess : 0);
     }
     const int status =
         kkmcheck::WorkThrough({std::string(argv[1]) == "print", argv[2], argv[3],

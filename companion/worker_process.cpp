@@ -11,8 +11,10 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <sstream>
 #include <stdexcept>
+#include <vector>
 
 extern char** environ;
 
@@ -21,6 +23,11 @@ namespace {
 
 // A worker gives up a little before the host does, so that the host sees its end.
 constexpr int kMarginMs = 150;
+// So long a worker's good-bye to the register is waited for, once it has reported.
+constexpr int kGoodByeMs = 3000;
+// A child that ends at once takes no longer, but on a machine that stands still.
+constexpr int kReapMs = 500;
+constexpr long kReapPauseNs = 1'000'000;
 
 std::string FolderOfLibrary() {
     Dl_info info{};
@@ -85,6 +92,43 @@ struct Pipe {
     }
 };
 
+// The process that the worker comes from. It ends at once, and nobody else's children are waited
+// for. A host that ignores its children's ends, or waits for all of them, has taken it already.
+class Child {
+  public:
+    explicit Child(pid_t pid) : pid_(pid) {}
+    ~Child() {
+        const Deadline patience(kReapMs);
+        while (::waitpid(pid_, nullptr, WNOHANG) == 0 && patience.Left() > 0) {
+            const timespec pause{0, kReapPauseNs};
+            ::nanosleep(&pause, nullptr);
+        }
+    }
+    Child(const Child&) = delete;
+    Child& operator=(const Child&) = delete;
+
+  private:
+    pid_t pid_;
+};
+
+// Whole lines of what comes in pieces.
+class Lines {
+  public:
+    void Add(const char* bytes, std::size_t count) { text_.append(bytes, count); }
+    std::optional<std::string> Next() {
+        const std::size_t end = text_.find('\n');
+        if (end == std::string::npos) {
+            return std::nullopt;
+        }
+        std::string line = text_.substr(0, end + 1);
+        text_.erase(0, end + 1);
+        return line;
+    }
+
+  private:
+    std::string text_;
+};
+
 pid_t Start(const WorkerTask& task, int output, int time_ms) {
     std::vector<std::string> words{
         WorkerPath(), task.prints ? "print" : "resolve", task.journal,
@@ -130,11 +174,11 @@ std::string ReportText(const WorkerReport& report) {
     return text.str();
 }
 
-std::optional<WorkerReport> ParseReport(const std::string& text) {
-    if (text.empty() || text.back() != '\n') {
+std::optional<WorkerReport> ParseReport(const std::string& line) {
+    if (line.empty() || line.back() != '\n') {
         return std::nullopt;
     }
-    std::istringstream stream(text);
+    std::istringstream stream(line);
     int outcome = 0;
     int reason = 0;
     WorkerReport report;
@@ -148,16 +192,36 @@ std::optional<WorkerReport> ParseReport(const std::string& text) {
     return report;
 }
 
-Workers::Result Workers::Run(const WorkerTask& task, const Deadline& deadline) {
-    Collect();
+std::string StepText(const WorkerStep& step) {
+    std::ostringstream text;
+    text << "step " << step.kind << ' ' << step.done << ' ' << step.all << '\n';
+    return text.str();
+}
+
+std::optional<WorkerStep> ParseStep(const std::string& line) {
+    std::istringstream stream(line);
+    std::string word;
+    int kind = 0;
+    WorkerStep step;
+    if (!(stream >> word >> kind >> step.done >> step.all) || word != "step" ||
+        kind <= WorkerStep::none || kind > WorkerStep::reading) {
+        return std::nullopt;
+    }
+    step.kind = static_cast<WorkerStep::Kind>(kind);
+    return step;
+}
+
+WorkerResult RunWorker(const WorkerTask& task, const Deadline& deadline,
+                       const std::function<void(const WorkerStep&)>& on_step) {
     Pipe pipe;
-    started_.push_back(Start(task, pipe.ends[1], std::max(deadline.Left() - kMarginMs, 1)));
+    const Child child(Start(task, pipe.ends[1], std::max(deadline.Left() - kMarginMs, 1)));
     pipe.CloseWriting();
-    Result result;
-    std::string text;
+    WorkerResult result;
+    Deadline until = deadline;
+    Lines lines;
     for (;;) {
         pollfd waited{pipe.ends[0], POLLIN, 0};
-        const int ready = ::poll(&waited, 1, deadline.Left());
+        const int ready = ::poll(&waited, 1, until.Left());
         if (ready < 0 && errno == EINTR) {
             continue;
         }
@@ -167,21 +231,23 @@ Workers::Result Workers::Run(const WorkerTask& task, const Deadline& deadline) {
         char bytes[256];
         const ssize_t count = ::read(pipe.ends[0], bytes, sizeof bytes);
         if (count <= 0) {
-            result.end = End::died;
+            if (result.end == WorkerResult::End::working) {
+                result.end = WorkerResult::End::died;
+            }
             return result;
         }
-        text.append(bytes, static_cast<std::size_t>(count));
-        if (const auto report = ParseReport(text)) {
-            result.end = End::reported;
-            result.report = *report;
-            return result;
+        lines.Add(bytes, static_cast<std::size_t>(count));
+        while (const auto line = lines.Next()) {
+            if (const auto step = ParseStep(*line)) {
+                result.step = *step;
+                on_step(*step);
+            } else if (const auto report = ParseReport(*line)) {
+                result.end = WorkerResult::End::reported;
+                result.report = *report;
+                until = Deadline(std::min(deadline.Left(), kGoodByeMs));
+            }
         }
     }
-}
-
-void Workers::Collect() {
-    const auto ended = [](pid_t pid) { return ::waitpid(pid, nullptr, WNOHANG) != 0; };
-    started_.erase(std::remove_if(started_.begin(), started_.end(), ended), started_.end());
 }
 
 }  // namespace kkmcheck

@@ -1,12 +1,10 @@
 // The process that drives the register, as the host's process sees it.
 #pragma once
 
-#include <sys/types.h>
-
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "companion/deadline.h"
 #include "companion/decision.h"
@@ -23,9 +21,19 @@ struct WorkerReport {
     std::string journal_failure;  // the decision is not in the journal
 };
 
-// What passes between the two, in a line of text.
+// What it says on the way.
+struct WorkerStep {
+    enum Kind { none = 0, waiting = 1, sending = 2, comparing = 3, reading = 4 };
+    Kind kind = none;
+    int done = 0;  // records of the tape
+    int all = 0;
+};
+
+// What passes between the two, in lines of text.
 std::string ReportText(const WorkerReport& report);
-std::optional<WorkerReport> ParseReport(const std::string& text);
+std::optional<WorkerReport> ParseReport(const std::string& line);
+std::string StepText(const WorkerStep& step);
+std::optional<WorkerStep> ParseStep(const std::string& line);
 
 struct WorkerTask {
     bool prints = false;  // else it resolves
@@ -35,28 +43,18 @@ struct WorkerTask {
     int lock = -1;
 };
 
-// A worker may outlive the call that started it. Those that ended are collected here, so that no
-// dead processes pile up in the host.
-class Workers {
-  public:
-    Workers() = default;
-    ~Workers() { Collect(); }
-    Workers(const Workers&) = delete;
-    Workers& operator=(const Workers&) = delete;
-
+struct WorkerResult {
     enum class End { reported, died, working };
-    struct Result {
-        End end = End::working;
-        WorkerReport report;
-    };
-    // Starts one and waits for its report until the deadline. Throws std::runtime_error when it
-    // cannot be started.
-    Result Run(const WorkerTask& task, const Deadline& deadline);
-
-  private:
-    void Collect();
-
-    std::vector<pid_t> started_;
+    End end = End::working;
+    WorkerReport report;
+    WorkerStep step;  // the last one
 };
+
+// Starts a worker and waits until the deadline for its report, and for its leave of the register
+// behind it: a good-bye that comes later would take what the cashier has entered for the next
+// check. It may outlive the call, but is no child of the host's then. Throws std::runtime_error
+// when it cannot be started.
+WorkerResult RunWorker(const WorkerTask& task, const Deadline& deadline,
+                       const std::function<void(const WorkerStep&)>& on_step);
 
 }  // namespace kkmcheck

@@ -281,10 +281,17 @@ TEST(Decision, ATapeThatIsNotTheNextAttemptsTellsNothing) {
     evidence.until = Mark{{12345, 4, 20, 42}, Text(Sent(2000))};
     EXPECT_EQ(ReasonOf(evidence), Reason::counters_went_back);
     evidence.until = Mark{{12345, 4, 18, 42}, Text(Sent(2000))};
-    evidence.records.pop_back();
-    EXPECT_EQ(ReasonOf(evidence), Reason::tape_unread);
     evidence.after.reset();
     EXPECT_EQ(ReasonOf(evidence), Reason::register_unread);
+}
+
+TEST(Decision, TheTapeIsNeededAsFarAsTheNextAttemptsMark) {
+    Evidence evidence = Then(2, {Sent(1000), Sent(2000), Typed(5)});
+    evidence.until = Mark{{12345, 4, 18, 42}, Text(Sent(2000))};
+    evidence.records.pop_back();
+    EXPECT_EQ(ReasonOf(evidence), Reason::on_tape);
+    evidence.records.pop_back();
+    EXPECT_EQ(ReasonOf(evidence), Reason::tape_unread);
 }
 
 TEST(Decision, QuantitiesAboveWhatARecordHoldsAreKeptAsTheLargest) {

@@ -11,6 +11,9 @@
    DISK_FULL_AT=K     the K-th writing of the journal and all behind it find the disk full ...
    DISK_FULL_IN=      in this program: host or worker
    SHORTEN also makes the worker's monotonic clock run N times as fast.
+   UNREADABLE_FROM=K  no record of the tape is read from the K-th on, counted from 1
+   TRACE_FILE=        receives what reaches the disk and the register, one event a line: "write PATH",
+                      "sync PATH", "unlink PATH", "request COMMAND"
    COUNT_FILE=        receives one byte for each request, to know how many there are */
 #define _GNU_SOURCE
 #include <dlfcn.h>
@@ -18,6 +21,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
+#include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 #include <sys/time.h>
@@ -36,6 +40,21 @@ static int says(const char* name, const char* word)
     return text != NULL && strstr(text, word) != NULL;
 }
 
+static int is_worker(void)
+{
+    return strstr(program_invocation_short_name, "kkmcheck-worker") != NULL;
+}
+
+/* The worker is no child of the host's. */
+__attribute__((constructor)) static void tell_host(void)
+{
+    char text[16];
+    if (!is_worker()) {
+        snprintf(text, sizeof text, "%ld", (long)getpid());
+        setenv("HOST_PID", text, 1);
+    }
+}
+
 static long requests;
 static int answered;
 static int swallowed;
@@ -51,7 +70,7 @@ static void strike(void)
         kill((pid_t)number("REGISTER_PID", getpid()), SIGKILL);
     }
     if (says("STRIKE", "host")) {
-        kill(getppid(), SIGKILL);
+        kill((pid_t)number("HOST_PID", getpid()), SIGKILL);
     }
     if (says("STRIKE", "worker")) {
         kill(getpid(), SIGKILL);
@@ -63,6 +82,15 @@ static int line_is_cut(void)
     const long first = number("STRIKE_AT", 0);
     return says("STRIKE", "cut") && requests >= first &&
            requests < first + number("STRIKE_FOR", 1);
+}
+
+/* Command 12 asks for a record by its number from 0, the high byte first. The last one of all stands
+   before the first of an empty tape. */
+static int is_unreadable(const unsigned char* request, size_t count)
+{
+    const long first = number("UNREADABLE_FROM", 0);
+    const long asked = count > 5 && request[3] == 0x12 ? request[4] * 256 + request[5] + 1 : 0;
+    return first != 0 && asked >= first && asked < 65536;
 }
 
 int usleep(useconds_t us)
@@ -98,9 +126,59 @@ ssize_t read(int fd, void* to, size_t count)
     return result;
 }
 
-static int is_worker(void)
+static void trace(const char* event, const char* what)
 {
-    return strstr(program_invocation_short_name, "kkmcheck-worker") != NULL;
+    const int file = open(getenv("TRACE_FILE"), O_WRONLY | O_CREAT | O_APPEND, 0600);
+    if (dprintf(file, "%s %s\n", event, what) < 0) {
+        abort();
+    }
+    close(file);
+}
+
+static void trace_file(const char* event, int fd)
+{
+    char link[64];
+    char path[512];
+    ssize_t size;
+    if (getenv("TRACE_FILE") == NULL) {
+        return;
+    }
+    snprintf(link, sizeof link, "/proc/self/fd/%d", fd);
+    size = readlink(link, path, sizeof path - 1);
+    path[size > 0 ? size : 0] = '\0';
+    trace(event, path);
+}
+
+int fsync(int fd)
+{
+    static int (*real)(int);
+    if (real == NULL) {
+        *(void**)&real = dlsym(RTLD_NEXT, "fsync");
+    }
+    trace_file("sync", fd);
+    return real(fd);
+}
+
+int fdatasync(int fd)
+{
+    static int (*real)(int);
+    if (real == NULL) {
+        *(void**)&real = dlsym(RTLD_NEXT, "fdatasync");
+    }
+    trace_file("sync", fd);
+    return real(fd);
+}
+
+int unlink(const char* path)
+{
+    static int (*real)(const char*);
+    if (real == NULL) {
+        *(void**)&real = dlsym(RTLD_NEXT, "unlink");
+    }
+    if (getenv("TRACE_FILE") != NULL) {
+        trace("unlink", path);
+    }
+    return real(path);
 }
 
 /* The journal and what SQLite puts beside it are the only regular files that are written in places. */
@@ -136,6 +214,7 @@ ssize_t pwrite(int fd, const void* from, size_t count, off_t at)
     if (real == NULL) {
         *(void**)&real = dlsym(RTLD_NEXT, "pwrite");
     }
+    trace_file("write", fd);
     if (disk_is_full()) {
         errno = ENOSPC;
         return -1;
@@ -149,6 +228,7 @@ ssize_t pwrite64(int fd, const void* from, size_t count, off64_t at)
     if (real == NULL) {
         *(void**)&real = dlsym(RTLD_NEXT, "pwrite64");
     }
+    trace_file("write", fd);
     if (disk_is_full()) {
         errno = ENOSPC;
         return -1;
@@ -187,6 +267,11 @@ ssize_t write(int fd, const void* from, size_t count)
     }
     ++requests;
     answered = 0;
+    if (getenv("TRACE_FILE") != NULL && count > 3) {
+        char command[8];
+        snprintf(command, sizeof command, "%02X", ((const unsigned char*)from)[3]);
+        trace("request", command);
+    }
     if (getenv("COUNT_FILE") != NULL) {
         const int file = open(getenv("COUNT_FILE"), O_WRONLY | O_CREAT | O_APPEND, 0600);
         if (real(file, "", 1) != 1) {
@@ -197,7 +282,7 @@ ssize_t write(int fd, const void* from, size_t count)
     if (strikes_now("before")) {
         strike();
     }
-    swallowed = line_is_cut();
+    swallowed = line_is_cut() || is_unreadable(from, count);
     if (swallowed) {
         return (ssize_t)count;
     }

@@ -50,6 +50,8 @@ gives 5 outcome K
 says 'there is no journal'
 gives 5 outcome K --journal other.journal
 says 'other.journal'
+gives 5 journal --json
+says '"error": {' '"what": "there is no journal' '"exit_status": 5'
 gives 2 check bread.json --again
 gives 2 check bread.json --deadline 1
 gives 2 check bread.json --journal other.journal
@@ -62,12 +64,17 @@ gives 3 check bread.json --key K --deadline 1
 says 'tried 1 time'
 echo host >&3
 gives 0 check bread.json --key K --again
-says 'printed' 'tried 2 times' 'check 0 of tape 1, 0 records' 'check 1 of tape 1, 1 records'
+says 'waiting for the register to ask' 'sending the lines' 'comparing the register' \
+  'printed' 'tried 2 times' 'check 0 of tape 1, 0 records' 'check 1 of tape 1, 1 records'
 gives 0 check bread.json --key K --again
 gives 7 check dearer.json --key K
 says 'belongs to a check with another content'
 gives 7 outcome L
 says 'no check has the key L'
+gives 7 outcome L --json
+says '"error": {' '"what": "no check has the key L"' '"exit_status": 7'
+gives 7 check dearer.json --key K --json
+says '"error": {' 'belongs to a check with another content'
 gives 0 resolve K
 gives 0 resolve --all
 gives 2 resolve

@@ -26,6 +26,13 @@ DEADLINE_S = "600"  # of the worker's own fast clock; 12 s of ours
 CHECK = {"lines": [{"name": "Alpha", "price": 25.5, "quantity": 2},
                    {"name": "Beta", "price": 60, "quantity": 0.345},
                    {"name": "Gamma", "price": 199.99}], "discount": -5}
+# As the register prints it, between the line of its kind and its payment.
+RECEIPT = ["Alpha", "2 x 25.50         =51.00", "Beta", "0.345 x 60.00     =20.70",
+           "Gamma", "1 x 199.99       =199.99", "СКИДКА -5%        -13.58",
+           "ИТОГО            =258.11"]
+# Sum and price, and quantity, of its records in the register's memory.
+TAPE = [("000012ED0009F6", "0007D0000000"), ("000007AF001770", "010159000000"),
+        ("00004A37004E1F", "0003E8000000")]
 TRIES = 3
 PRINTED, NOT_PRINTED, UNKNOWN = 0, 3, 4
 NAMES = {PRINTED: "printed", NOT_PRINTED: "not printed", UNKNOWN: "unknown"}
@@ -139,29 +146,32 @@ class Till:
         return self.run("resolve", "K", "--json", **more)
 
     def receipts(self):
-        """Receipts on the paper with any line of the check, and those with all of it."""
+        """Receipts on the paper with any line of the check, and those that are the check, line by
+        line, and nothing else."""
         time.sleep(0.02)
-        text = ""
-        if os.path.exists(f"{self.folder}/paper"):
-            with open(f"{self.folder}/paper") as file:
-                text = file.read()
-        # A receipt that the paper's end broke off was not registered.
-        receipts = [receipt for receipt in text.split("ИТОГО")[:-1]]
-        some = [one for one in receipts if any(word in one for word in ("Alpha", "Beta", "Gamma"))]
-        whole = [one for one in some if "Typed" not in one and
-                 all(word in one for word in ("Alpha", "Beta", "Gamma"))]
+        some = whole = 0
+        body = []
+        paper = f"{self.folder}/paper"
+        for line in open(paper).read().splitlines() if os.path.exists(paper) else []:
+            # A receipt that the paper's end broke off was not registered, and is begun anew.
+            body = [] if line.startswith("ЧЕК ") else body + [line]
+            if line.startswith("ИТОГО"):
+                some += any(name in body for name in ("Alpha", "Beta", "Gamma"))
+                whole += body[0].startswith("ПРОДАЖА") and body[1:] == RECEIPT
         if self.register.was_killed and not some:
             # Its program died between its memory and its paper, which a register has in one.
             with open(f"{self.folder}/memory") as file:
-                sent = sum(line.startswith("tape ") and "4567890123" in line for line in file)
-            return (1, sent // 3) if sent else (0, 0)
-        return len(some), len(whole)
+                sent = [(line[9:23], line.strip()[-12:]) for line in file
+                        if line.startswith("tape ") and "4567890123" in line]
+            return (len(sent) + 2) // 3, int(sent == TAPE)
+        return some, whole
 
 
 def judge(till, status, output):
     """Holds the answer against the paper; gives its reason."""
     some, whole = till.receipts()
-    answer = json.loads(output) if output.startswith("{") else {"reason": output}
+    # The steps stand before it.
+    answer = json.loads(output[output.find("{"):]) if "{" in output else {"reason": output}
     if some > 1:
         raise Wrong(f"{some} receipts, answered {status} {answer['reason']}")
     if status == PRINTED and whole != 1:

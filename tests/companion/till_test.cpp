@@ -24,7 +24,10 @@ class TillTest : public testing::Test {
     ~TillTest() override { unsetenv("KKMCHECK_WORKER"); }
 
     void WorkerDoes(const std::string& script) const {
-        std::ofstream(folder_.Path("worker")) << "#!/bin/sh\n" << script << '\n';
+        // Like the real one it leaves the process that was started.
+        std::ofstream(folder_.Path("worker"))
+            << "#!/bin/sh\n[ -n \"$apart\" ] || { apart=1 \"$0\" \"$@\" & exit; }\n"
+            << script << '\n';
         chmod(folder_.Path("worker").c_str(), 0700);
     }
     Till Open() const { return Till(folder_.Path("till.journal"), "/dev/ttyS0"); }

@@ -55,7 +55,7 @@ Exit status:
   9    a figure could not be read
   10   doctor found something to mend
   125  run could not give the program its device; 126, 127 could not start it
-  130  Ctrl-C while check waited for the cashier; nothing was printed
+  130  Ctrl-C while check without --key waited; nothing was printed
 )";
 
 constexpr auto kWhichRegister =

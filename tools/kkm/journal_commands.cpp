@@ -6,6 +6,8 @@
 
 #include "kkm/check_command.h"
 #include "kkm/outcomes.h"
+#include "kkm/progress.h"
+#include "kkm/report.h"
 
 namespace kkm {
 namespace {
@@ -14,15 +16,15 @@ namespace {
 class OpenJournal {
   public:
     enum class Kind { existing, any };
-    OpenJournal(const std::string& path, const std::string& device, Streams& streams,
+    OpenJournal(const JournalOptions& options, const std::string& device, Streams& streams,
                 Kind kind = Kind::existing)
-        : streams_(streams) {
+        : streams_(streams), as_json_(options.as_json) {
         // A mistyped name would make a new journal, in which nothing is known.
-        if (kind == Kind::existing && !std::ifstream(path)) {
-            throw CheckFileError("there is no journal " + path);
+        if (kind == Kind::existing && !std::ifstream(options.path)) {
+            throw CheckFileError("there is no journal " + options.path);
         }
         kkmcheck_journal* journal = nullptr;
-        result_ = kkmcheck_open(path.c_str(), device.c_str(), &journal);
+        result_ = kkmcheck_open(options.path.c_str(), device.c_str(), &journal);
         journal_.reset(journal);
     }
     kkmcheck_journal* get() const { return journal_.get(); }
@@ -30,15 +32,10 @@ class OpenJournal {
 
     // The status of a call of the library that gave `result`.
     ExitStatus Failed(int result) const {
-        streams_.err << "kkm: " << kkmcheck_error(journal_.get()) << std::endl;
-        switch (result) {
-            case KKMCHECK_JOURNAL:
-                return ExitStatus::bad_file;
-            case KKMCHECK_WORKER:
-                return ExitStatus::failed;
-            default:
-                return ExitStatus::refused;
-        }
+        const ExitStatus status = result == KKMCHECK_JOURNAL  ? ExitStatus::bad_file
+                                  : result == KKMCHECK_WORKER ? ExitStatus::failed
+                                                              : ExitStatus::refused;
+        return Report(status, kkmcheck_error(journal_.get()), as_json_, streams_);
     }
     ExitStatus FailedToOpen() const { return Failed(result_); }
 
@@ -48,8 +45,56 @@ class OpenJournal {
     };
 
     Streams& streams_;
+    bool as_json_;
     int result_ = KKMCHECK_OK;
     std::unique_ptr<kkmcheck_journal, Close> journal_;
+};
+
+// The steps of the worker, shown as they go.
+class ShownSteps {
+  public:
+    ShownSteps(const OpenJournal& journal, bool as_json, Streams& streams)
+        : journal_(journal),
+          progress_(as_json ? streams.err : streams.out,
+                    as_json ? streams.err_terminal : streams.out_terminal) {
+        kkmcheck_on_step(journal_.get(), &ShownSteps::Told, this);
+    }
+    ~ShownSteps() { kkmcheck_on_step(journal_.get(), nullptr, nullptr); }
+    ShownSteps(const ShownSteps&) = delete;
+    ShownSteps& operator=(const ShownSteps&) = delete;
+
+    void End() { progress_.Erase(); }
+
+  private:
+    static void Told(void* steps, int step, int /*done*/, int all) {
+        static_cast<ShownSteps*>(steps)->Show(step, all);
+    }
+    void Show(int step, int all) {
+        if (step == shown_) {
+            return;
+        }
+        shown_ = step;
+        switch (step) {
+            case KKMCHECK_WAITING:
+                progress_.Step("waiting for the register to ask for the check");
+                break;
+            case KKMCHECK_SENDING:
+                progress_.Step("sending the lines and printing");
+                break;
+            case KKMCHECK_COMPARING:
+                progress_.Step("comparing the register's counters and tape");
+                break;
+            case KKMCHECK_READING:
+                progress_.Step("reading " + std::to_string(all) + " records of the control tape");
+                break;
+            default:
+                break;
+        }
+    }
+
+    const OpenJournal& journal_;
+    Progress progress_;
+    int shown_ = 0;
 };
 
 ExitStatus StatusOf(int verdict) {
@@ -118,19 +163,21 @@ ExitStatus RunKeyedCheck(const Address& address, const CheckFile& check,
     const kkmcheck_check content{lines.data(), static_cast<int>(lines.size()),
                                  static_cast<int>(check.mode), check.discount,
                                  check.cash.value_or(0)};
-    const OpenJournal journal(options.path, address.Device(), streams, OpenJournal::Kind::any);
+    const OpenJournal journal(options, address.Device(), streams, OpenJournal::Kind::any);
     if (!journal.Opened()) {
         return journal.FailedToOpen();
     }
     const auto print = options.again ? kkmcheck_print_again : kkmcheck_print;
     KeyedOutcome found{options.key, {}};
+    ShownSteps steps(journal, options.as_json, streams);
     const int result = print(journal.get(), options.key.c_str(), &content,
                              Milliseconds(options.deadline_s), &found.outcome);
+    steps.End();
     return Show(journal, result, found, options.as_json, streams);
 }
 
 ExitStatus RunOutcome(const JournalOptions& options, Streams& streams) {
-    const OpenJournal journal(options.path, "", streams);
+    const OpenJournal journal(options, "", streams);
     if (!journal.Opened()) {
         return journal.FailedToOpen();
     }
@@ -141,7 +188,7 @@ ExitStatus RunOutcome(const JournalOptions& options, Streams& streams) {
 
 ExitStatus RunResolve(const Address& address, const JournalOptions& options, Streams& streams) {
     const bool by_hand = !options.seen.empty();
-    const OpenJournal journal(options.path, by_hand ? "" : address.Device(), streams);
+    const OpenJournal journal(options, by_hand ? "" : address.Device(), streams);
     if (!journal.Opened()) {
         return journal.FailedToOpen();
     }
@@ -149,6 +196,7 @@ ExitStatus RunResolve(const Address& address, const JournalOptions& options, Str
         return ResolveAll(journal, options, streams);
     }
     KeyedOutcome found{options.key, {}};
+    ShownSteps steps(journal, options.as_json, streams);
     const int result = by_hand
                            ? kkmcheck_set_by_hand(journal.get(), options.key.c_str(),
                                                   options.seen == "printed" ? KKMCHECK_PRINTED
@@ -156,11 +204,12 @@ ExitStatus RunResolve(const Address& address, const JournalOptions& options, Str
                                                   &found.outcome)
                            : kkmcheck_resolve(journal.get(), options.key.c_str(),
                                               Milliseconds(options.deadline_s), &found.outcome);
+    steps.End();
     return Show(journal, result, found, options.as_json, streams);
 }
 
 ExitStatus RunJournal(const JournalOptions& options, Streams& streams) {
-    const OpenJournal journal(options.path, "", streams);
+    const OpenJournal journal(options, "", streams);
     if (!journal.Opened()) {
         return journal.FailedToOpen();
     }

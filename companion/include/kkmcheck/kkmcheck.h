@@ -13,8 +13,10 @@
 /// **Deadlines** are milliseconds from the call. The register is driven by a process of its own
 /// (kkmcheck-worker, found beside the library or at KKMCHECK_WORKER in the environment), since the
 /// driver waits for a silent register without bound. What is not known at the deadline is
-/// ::KKMCHECK_UNKNOWN; a check whose lines are being sent is finished behind it, and
-/// kkmcheck_resolve() then tells.
+/// ::KKMCHECK_UNKNOWN; a check whose lines are being sent is finished behind it, a long tape is
+/// read on, and kkmcheck_resolve() then tells. The worker is no child of the host's, which may do
+/// what it likes with SIGCHLD. An answer before the deadline comes when the worker has taken leave
+/// of the register.
 ///
 /// **Texts** go to the register in the host's own bytes; a register prints code page 866.
 ///
@@ -161,6 +163,20 @@ KKMCHECK_API int kkmcheck_list(kkmcheck_journal* journal, kkmcheck_visit visit, 
 /// @param unknown receives how many stay unknown; may be null
 KKMCHECK_API int kkmcheck_resolve_all(kkmcheck_journal* journal, int deadline_ms,
                                       kkmcheck_visit visit, void* context, int* unknown);
+
+/// Where the worker process is.
+enum kkmcheck_step {
+    KKMCHECK_WAITING = 1,    ///< for the register to ask for the check
+    KKMCHECK_SENDING = 2,    ///< the lines, and printing
+    KKMCHECK_COMPARING = 3,  ///< the driver came back; counters and tape are read
+    KKMCHECK_READING = 4     ///< a long tape: `done` of `all` records
+};
+
+/// Called in the thread of the call that waits. It must not use the handle.
+typedef void (*kkmcheck_step_told)(void* context, int step, int done, int all);
+/// Has the steps of printing and finding out told; null ends that.
+KKMCHECK_API int kkmcheck_on_step(kkmcheck_journal* journal, kkmcheck_step_told told,
+                                  void* context);
 
 /// Name of a reason, "counters_unmoved"; never null.
 KKMCHECK_API const char* kkmcheck_reason_name(int reason);

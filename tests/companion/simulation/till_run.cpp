@@ -185,6 +185,8 @@ class TillRun {
         conditions.time_is_left = [this] {
             return !IsDead() && system_.Now() < finding_out_until_;
         };
+        conditions.tape_goes_on = [this](int /*read*/, int /*all*/) { return !IsDead(); };
+        conditions.found_so_far = [](const Verdict& /*verdict*/, int /*error*/) {};
         conditions.sending_begins = [] {};
         conditions.abandon = [this] {
             abandoned_ = true;
