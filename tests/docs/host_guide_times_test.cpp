@@ -9,6 +9,7 @@ namespace test {
 namespace {
 
 const Bytes kQuery = Frame(0xA1, {0, 0, 0, 0, 0, 0, 0});
+const Bytes kCard = Frame(0xCA);
 const Bytes kCountersBefore = Frame(0x8A, {0, 9, 0, 7, 0, 40, 0, 0, 0, 0, 0});
 const Bytes kCountersAfter = Frame(0x8A, {0, 9, 0, 8, 0, 41, 0, 0, 0, 0, 0});
 
@@ -142,6 +143,28 @@ TEST_F(HostGuideTimes, HoldForARegisterThatAnswersAtOnce) {
     Takes(40, "| 0.04 s |", "`CheckCancel`", [] { CheckCancel(); });
     Takes(40, "| 0.04 s; ", "`CheckClose`", [] { CheckClose(); });
     Takes(40, "| 0.04 s |", "`DisconnectKKM`", [] { DisconnectKKM(); });
+}
+
+TEST_F(HostGuideTimes, HoldForACheckThatIsLeftOver) {
+    const auto clears = [this](unsigned char sales, const std::vector<Bytes>& states, double ms) {
+        world.Attach("/dev/ttyS0", &(line = ScriptedLine()));
+        Connect();
+        Oblige();
+        line.Always(0x04, Frame(0x84, {sales})).Always(0x35, Frame(0xB5));
+        line.Always(0x10, Frame(0xAF)).Always(0x03, Frame(0x83));
+        for (const Bytes& state : states) {
+            line.Answer(0x20, state);
+        }
+        Takes(ms, "0.2 to 0.5 s when a check is left over", "`CheckClose`",
+              [] { EXPECT_EQ(CheckClose(), 1); });
+    };
+    // A check in its closing: 8 exchanges and 4 pauses of 50 ms.
+    clears(0, {Frame(0xC8)}, 360);
+    // A line that is pending: a barcode costs three exchanges more for its figures.
+    clears(1, {Frame(0xA0), Frame(0xA3)}, 180);
+    // A discount card: ten looks at the state, 4 pauses of 20 ms.
+    clears(1, {Frame(0xA0), kCard, kCard, kCard, kCard, kCard, kCard, kCard, kCard, kCard, kCard},
+           480);
 }
 
 TEST_F(HostGuideTimes, HoldForALineThatDiesInACheck) {
