@@ -213,7 +213,8 @@ VESK_API int cbGetSalesCount(void);
 /// Empties the check buffer. Lines, mode, discount and cash.
 /// @see cbDeleteSale() cbSetClearBufMode()
 VESK_API void cbClearSales(void);
-/// Works out the total of the check. Leaves the last error alone.
+/// Works out the total of the check. In single precision: the register's own total, which is
+/// printed, can differ by a kopeck for each line of weighed goods. Leaves the last error alone.
 /// @return currency units, discount included
 /// @see cbAddSale() cbSetDiscountValue()
 VESK_API double cbGetSum(void);
