@@ -100,7 +100,8 @@ extern VESK_API void* LibID;
 /// Connects to the register on a serial port of the machine. Opens /dev/ttyS + (port - 1), looks
 /// for the register at 9600 and then at 57600 baud, asks for its firmware version and switches its
 /// host-wait parameter on. An open connection is closed first. ::echNoPort when the device cannot
-/// be opened, ::echNoVersion when the firmware is unknown, ::echDevice when nobody answers.
+/// be opened, ::echNoVersion when the firmware is unknown at 57600 baud, ::echDevice when nobody
+/// answers there.
 /// @param port 1 for /dev/ttyS0; the low 8 bits count
 /// @par Time
 /// 3 exchanges; 0.9 s on a silent line.
@@ -108,8 +109,8 @@ extern VESK_API void* LibID;
 VESK_API int ConnectKKM(int port);
 /// Connects to the register on a device of any name. A USB adapter, /dev/serial/by-id/..., a
 /// virtual register; in everything else as ConnectKKM(). A null or empty name is ::echParam, a
-/// device that cannot be opened ::echNoPort, unknown firmware ::echNoVersion, no answer
-/// ::echDevice.
+/// device that cannot be opened ::echNoPort, unknown firmware at 57600 baud ::echNoVersion, no
+/// answer there ::echDevice.
 /// @param device path of the device
 /// @par Time
 /// 3 exchanges; 0.9 s on a silent line.
@@ -212,7 +213,8 @@ VESK_API int cbGetSalesCount(void);
 /// Empties the check buffer. Lines, mode, discount and cash.
 /// @see cbDeleteSale() cbSetClearBufMode()
 VESK_API void cbClearSales(void);
-/// Works out the total of the check. Leaves the last error alone.
+/// Works out the total of the check. In single precision: the register's own total, which is
+/// printed, can differ by a kopeck for each line of weighed goods. Leaves the last error alone.
 /// @return currency units, discount included
 /// @see cbAddSale() cbSetDiscountValue()
 VESK_API double cbGetSum(void);
@@ -283,8 +285,9 @@ VESK_API int CheckPrintPrepare(void);
 /// cancelled.
 /// ::echRegKass when the register cannot take one, ::echDevice when it does not answer.
 /// @par Time
-/// 2 exchanges when nothing is left over, else about 15 and 0.1 to 0.2 s; 8.4 s when the line dies
-/// in the middle. Firmware 301 clears a check by keys, without limit.
+/// 2 exchanges when nothing is left over, else 8 to 21 and up to 0.2 s; up to 3 more while the
+/// register waits for a sale; 8.4 s when the line dies in the middle. Firmware 301 clears a check
+/// by keys, without limit.
 /// @see PrintCheck() CheckCancel()
 VESK_API int CheckClose(void);
 /// Prints the check in the buffer when the register asks for it. Waits until the cashier asks for
@@ -298,7 +301,7 @@ VESK_API int CheckClose(void);
 /// @par Time
 /// Blocks without bound while the register does not ask or does not answer. A check of n lines
 /// takes 3 s + n * 0.5 s of printing time besides its exchanges; up to 39 s + n * 0.5 s when the
-/// line dies.
+/// line dies. Firmware 301 clears a failed check by keys, without limit.
 /// @code{.c}
 /// if (cbAddSale("Bread", 42.50, 2, 1) && CheckClose() && PrintCheck()) {
 ///     printf("printed\n");
@@ -442,7 +445,7 @@ VESK_API int KKMPrintStr(char* text);
 VESK_API int Lock(void);
 /// Unlocks the keyboard of the register.
 /// @par Time
-/// 2 exchanges; 2 to 6 on firmware 302 and below.
+/// 2 exchanges; 2 to 5 on firmware 302 and below.
 /// @see Lock()
 VESK_API int UnLock(void);
 /// Clears the customer display.

@@ -19,7 +19,8 @@
 // answer, with no retry unless the operation's name says Try.
 //
 // An exchange pauses 10 ms, drops what is left on the line, writes the request, pauses 10 ms and
-// reads the answer: its first byte within 400 ms, each later byte within 100 ms of the one before.
+// reads the answer: its first byte within 400 ms, each later byte within 100 ms of the one before;
+// but behind the length it waits 200 ms + 100 ms for each byte to come.
 //
 // Failures: EMiniCom from the port (time-out, write fault, closed) passes through; ETarvo carries a
 // TarvoErr code: errProtocol for a broken frame or the wrong answer, errNetNum for another

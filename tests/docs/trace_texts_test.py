@@ -72,6 +72,11 @@ def main(source):
            for path, line in lines if not any(re.fullmatch(line, text) for text in told)]
     bad += [f"the service guide tells of a line that nothing traces: {text}"
             for text in told if not any(re.fullmatch(line, text) for _, line in lines)]
+    blanks = re.findall(r'"( +)"', (source / "src/protocol/error_table.cpp").read_text())
+    shown = re.findall(r"^\d+:.* Code=(\d), Msg=( *), ", guide, re.M)
+    assert len(blanks) == 8 and shown, (len(blanks), shown)
+    bad += [f"the message of code {code} is not {message!r}"
+            for code, message in shown if message != blanks[int(code)]]
     print("\n".join(bad) or f"{len(lines)} traced lines, {len(told)} in the service guide")
     return 1 if bad else 0
 

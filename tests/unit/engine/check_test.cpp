@@ -68,6 +68,7 @@ TEST(CheckSum, EachLineIsRoundedBeforeItIsAdded) {
 TEST(CheckSum, KeepsTheProductInSinglePrecision) {
     EXPECT_EQ(SumOf(1'234'567, 64.999F), 80'245'624.0);  // 80245621 in double precision
     EXPECT_EQ(SumOf(16'777'217, 1), 16'777'216.0);       // the price itself does not fit
+    EXPECT_EQ(SumOf(1500, 0.009F), 13.0);                // 13.5 kopecks, seen as 13.499999
 }
 
 TEST(CheckSum, DiscountIsTakenFromEachLine) {

@@ -42,6 +42,14 @@ TEST_F(VeskTest, StepsNeedNeitherCallback) {
     EXPECT_EQ(Events(), (Texts{"prepare 0", "query"}));
 }
 
+TEST_F(VeskTest, QueryThatThrowsKeepsTheFirstStepFromTheHost) {
+    ListenToAll();
+    EventQuery = [] { throw std::runtime_error("the host's own"); };
+    EXPECT_THROW(kvesk.event_checkprepare(0, nullptr), std::runtime_error);
+    EXPECT_EQ(Events(), Texts{});
+    EXPECT_EQ(GetErrorCode(), 0);
+}
+
 TEST_F(VeskTest, StepsLeaveTheLastErrorAlone) {
     errVeskTarvo = 14;
     kvesk.event_checkprepare(0, nullptr);
