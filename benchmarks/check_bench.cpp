@@ -1,7 +1,9 @@
-// A whole check over a tty at 57600 baud: its time beside what has to be waited for, and its
-// exchanges.
+// Whole checks over a tty. For each its time and its exchanges, which whoever called this holds
+// against the procedure; then the times of all but the first, which has to ask for the section.
 //
-//   check_bench FIRMWARE LINES TIMES
+//   check_bench FIRMWARE BAUD LINES TIMES [PLANTED_US]
+//
+// Every pause of the driver is made longer by PLANTED_US: that must be seen in the result.
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -9,13 +11,11 @@
 #include <string>
 
 #include "VeskTarvoM5/VeskTarvoM5.h"
+#include "line_record.h"
 #include "measured.h"
 #include "register_on_tty.h"
-#include "required_time.h"
 
 namespace {
-
-constexpr int kBaud = 57600;
 
 void Require(bool good, const char* what) {
     if (!good) {
@@ -34,43 +34,38 @@ void PrintOne(int lines) {
     Require(PrintCheck() == 1, "PrintCheck");
 }
 
+void Measure(int firmware, int baud, int lines, int times) {
+    const auto kkm = bench::StartRegister(firmware, baud);
+    std::string tty = kkm->Tty();
+    Require(ConnectKKMDevice(tty.data()) == 1, "ConnectKKMDevice");
+    bench::Runs runs;
+    for (int i = 0; i <= times; ++i) {
+        kkm->Say("host");
+        bench::Runs first;
+        bench::Line().Begin();
+        (i == 0 ? first : runs).Time([lines] { PrintOne(lines); });
+        const double wall_ms = (i == 0 ? first : runs).Wall().Last() / 1e3;
+        std::printf("run first=%d wall=%.3f exchanges=%s\n", i == 0 ? 1 : 0, wall_ms,
+                    bench::Line().Text().c_str());
+    }
+    std::printf("word=%zu firmware=%d baud=%d lines=%d times=%d", sizeof(void*) * 8, firmware, baud,
+                lines, times);
+    runs.Print("");
+    std::printf("\n");
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 4) {
-        std::fprintf(stderr, "usage: %s FIRMWARE LINES TIMES\n", argv[0]);
+    if (argc != 5 && argc != 6) {
+        std::fprintf(stderr, "usage: %s FIRMWARE BAUD LINES TIMES [PLANTED_US]\n", argv[0]);
         return 2;
     }
     try {
-        const int firmware = std::atoi(argv[1]);
-        const int lines = std::atoi(argv[2]);
-        const auto kkm = bench::StartRegister(firmware, kBaud);
-        std::string tty = kkm->Tty();
-        Require(ConnectKKMDevice(tty.data()) == 1, "ConnectKKMDevice");
-        bench::Runs runs;
-        bench::Samples ratios;
-        std::int64_t required_us = 0;
-        for (int i = 0; i < std::atoi(argv[3]); ++i) {
-            kkm->Say("host");
-            bench::Required().Begin(kBaud);
-            const double begin = bench::NowUs();
-            runs.Time([lines] { PrintOne(lines); });
-            const double wall_us = bench::NowUs() - begin;
-            required_us = bench::Required().End();
-            ratios.Add(wall_us / static_cast<double>(required_us));
+        if (argc == 6) {
+            bench::Line().PlantDelay(static_cast<unsigned>(std::atoi(argv[5])));
         }
-        std::printf("word=%zu firmware=%d lines=%d times=%s required=%.3f ratio=%.5f worst=%.5f",
-                    sizeof(void*) * 8, firmware, lines, argv[3],
-                    static_cast<double>(required_us) / 1e3, ratios.Percentile(50), ratios.Max());
-        runs.Print("");
-        std::printf(" exchanges=%u", bench::Required().Exchanges());
-        const auto& requests = bench::Required().Requests();
-        for (std::size_t command = 0; command < requests.size(); ++command) {
-            if (requests[command] != 0) {
-                std::printf(" 0x%02zX=%u", command, requests[command]);
-            }
-        }
-        std::printf("\n");
+        Measure(std::atoi(argv[1]), std::atoi(argv[2]), std::atoi(argv[3]), std::atoi(argv[4]));
         return 0;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "%s\n", error.what());

@@ -54,9 +54,11 @@ void StayIdle() {
     kvesk.resetStatus();
 }
 
-void AddLine() {
+// A state whose 12 bytes are followed by the number of a card.
+void ShowCard() {
     StayIdle();
     kvesk.sendSaleInfo(GoodsLine());
+    kvesk.sendDiscountCard(1, "123456789012345678901");
 }
 
 Bytes SaleRequest() {
@@ -69,7 +71,7 @@ const std::vector<Exchange>& Exchanges() {
     static const std::vector<Exchange> all{
         {"reset", {dev_reset}, [] { kvesk.resetStatus(); }, StayIdle},
         {"statistics", {kkm_statistics}, [] { kvesk.GetStatistics(statistics); }, StayIdle},
-        {"status_32", {dev_reque}, [] { kvesk.GetStatusInfo(status); }, AddLine},
+        {"status_33", {dev_reque}, [] { kvesk.GetStatusInfo(status); }, ShowCard},
         {"sale", SaleRequest(), [] { kvesk.sendSaleInfo(GoodsLine()); }, StayIdle},
         {"largest", {kkm_readeprom, 0, 0, 197}, [] { kvesk.readEprom(0, 197); }, StayIdle},
     };

@@ -10,12 +10,11 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
-#include <fstream>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 #include "VeskTarvoM5/VeskTarvoM5.h"
-#include "cost/heap_count.h"
 #include "cost/local_register.h"
 #include "interface/vesk.h"
 #include "measured.h"
@@ -66,43 +65,69 @@ void GrowBuffer() {
     cbClearSales();
 }
 
-// The most memory that this process ever had, in kilobytes.
-long PeakKb() {
-    std::ifstream status("/proc/self/status");
-    for (std::string line; std::getline(status, line);) {
-        if (line.rfind("VmHWM:", 0) == 0) {
-            return std::strtol(line.c_str() + 6, nullptr, 10);
+// Looks at the memory in use whenever it is asked something.
+class WatchingRegister : public cost::LocalRegister {
+  public:
+    using LocalRegister::LocalRegister;
+
+    void Take(const unsigned char* bytes, std::size_t count, std::int64_t now_us) override {
+        if (watching) {
+            const struct mallinfo2 heap = mallinfo2();
+            most_bytes = std::max(most_bytes, heap.uordblks + heap.hblkhd);
         }
+        LocalRegister::Take(bytes, count, now_us);
     }
-    throw std::runtime_error("this system does not tell the memory of a process");
+
+    bool watching = false;
+    std::size_t most_bytes = 0;
+};
+
+void ReadTotal() {
+    double total = 0;
+    if (GetNI(&total) != 1) {
+        throw std::runtime_error("no total");
+    }
+}
+
+void ReadCashSum() {
+    double sum = 0;
+    if (GetCashSum(1, &sum) != 1) {
+        throw std::runtime_error("no sum");
+    }
+}
+
+// The most memory that reading needs above what was in use before, in bytes.
+double MemoryFor(WatchingRegister& kkm, void (*read)()) {
+    const struct mallinfo2 before = mallinfo2();
+    kkm.most_bytes = 0;
+    kkm.watching = true;
+    read();
+    kkm.watching = false;
+    const std::size_t used = before.uordblks + before.hblkhd;
+    return static_cast<double>(kkm.most_bytes) - static_cast<double>(used);
 }
 
 void GrowTape() {
-    cost::LocalRegister kkm(303);
+    WatchingRegister kkm(303);
     cost::Use(&kkm);
     char path[] = "/dev/cost";
     if (ConnectKKMDevice(path) != 1) {
         throw std::runtime_error("no connection");
     }
-    for (const int records : {1, 10, 100, 1000, 10000, 65535}) {
+    const int tapes[] = {1, 10, 100, 1000, 10000, 65535};
+    // Memory first: what a run keeps would make room for the next one.
+    for (const int records : tapes) {
         kkm.FillTape(records);
-        double total = 0;
-        const long before = PeakKb();
-        const double us = Best([] {},
-                               [&] {
-                                   if (GetNI(&total) != 1) {
-                                       throw std::runtime_error("no total");
-                                   }
-                               });
-        Report("total", records, us);
-        Report("cash_sum", records,
-               Best([] {},
-                    [&] {
-                        if (GetCashSum(1, &total) != 1) {
-                            throw std::runtime_error("no sum");
-                        }
-                    }));
-        Report("kb_for_reading", records, static_cast<double>(PeakKb() - before));
+        for (const auto& [curve, read] :
+             {std::pair{"bytes_for_total", ReadTotal}, {"bytes_for_cash_sum", ReadCashSum}}) {
+            std::printf("word=%zu curve=%s size=%d bytes=%.0f\n", sizeof(void*) * 8, curve, records,
+                        MemoryFor(kkm, read));
+        }
+    }
+    for (const int records : tapes) {
+        kkm.FillTape(records);
+        Report("total", records, Best([] {}, ReadTotal));
+        Report("cash_sum", records, Best([] {}, ReadCashSum));
     }
     cost::Use(nullptr);
 }

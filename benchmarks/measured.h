@@ -19,6 +19,7 @@ class Samples {
     void Add(double value) { values_.push_back(value); }
     double Percentile(double percent) const;
     double Max() const { return Percentile(100); }
+    double Last() const { return values_.back(); }
 
   private:
     std::vector<double> values_;

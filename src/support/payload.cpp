@@ -19,10 +19,6 @@ std::string PayloadView::Text(std::size_t i, std::size_t count) const {
     return {first, first + static_cast<std::ptrdiff_t>(length)};
 }
 
-std::uint32_t PayloadView::Be(std::size_t i, std::size_t width) const {
-    std::uint32_t value = 0;
-    for (std::size_t k = 0; k < width; ++k) {
-        value = value << 8U | Byte(i + k);
-    }
-    return value;
+std::uint16_t PayloadView::Be16(std::size_t i) const {
+    return static_cast<std::uint16_t>(Byte(i) << 8U | Byte(i + 1));
 }

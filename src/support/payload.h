@@ -15,9 +15,9 @@ class PayloadView {
     explicit PayloadView(const Bytes& bytes) : bytes_(bytes) {}
 
     std::uint8_t Byte(std::size_t i) const { return i < bytes_.size() ? bytes_[i] : 0; }
-    std::uint16_t Be16(std::size_t i) const { return static_cast<std::uint16_t>(Be(i, 2)); }
-    std::uint32_t Be24(std::size_t i) const { return Be(i, 3); }
-    std::uint32_t Be32(std::size_t i) const { return Be(i, 4); }
+    std::uint16_t Be16(std::size_t i) const;
+    std::uint32_t Be24(std::size_t i) const { return std::uint32_t{Be16(i)} << 8U | Byte(i + 2); }
+    std::uint32_t Be32(std::size_t i) const { return std::uint32_t{Be16(i)} << 16U | Be16(i + 2); }
 
     // `count` bytes from byte i, missing ones as 0.
     Bytes Field(std::size_t i, std::size_t count) const;
@@ -26,7 +26,5 @@ class PayloadView {
     std::string TextToEnd(std::size_t i) const { return Text(i, bytes_.size()); }
 
   private:
-    std::uint32_t Be(std::size_t i, std::size_t width) const;
-
     const Bytes& bytes_;
 };

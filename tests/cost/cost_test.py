@@ -6,8 +6,8 @@
   cost_test.py PROGRAM WORD MEASURE --print    prints "scenario name figure" lines
 
 WORD is i386 or native, MEASURE one of: instructions (callgrind), calls (heap allocations and the
-calls that the driver makes on the line), system (strace on a real tty), library (PROGRAM is the
-driver's library: bytes when stripped, relocations).
+calls that the driver makes on the line), system (strace on a real tty, with the calls that write the
+trace files apart), library (PROGRAM is the driver's library: bytes when stripped, relocations).
 """
 import os
 import re
@@ -109,7 +109,7 @@ def count_instructions(program, folder):
 def count_system_calls(program, folder):
     log = os.path.join(folder, "calls")
     run(["strace", "-qq", "-s", "100", "-e", "signal=none", "-o", log, program, "--tty"], folder)
-    sums, times, scenario = {}, {}, None
+    sums, times, scenario, trace = {}, {}, None, None
     with open(log, encoding="utf-8", errors="replace") as file:
         for line in file:
             mark = re.match(r'write\(-1, "(begin|end) (\w+)"', line)
@@ -121,7 +121,13 @@ def count_system_calls(program, folder):
                 # One call under two names: that of the 32-bit clock and that of the 64-bit one.
                 name = name.replace("clock_nanosleep_time64", "clock_nanosleep")
                 name = name.replace("_llseek", "lseek")
-                sums[scenario, "system_" + name] = sums.get((scenario, "system_" + name), 0) + 1
+                opened = re.match(r'openat\(AT_FDCWD, "\w+\.log", .* = (\d+)', line)
+                trace = opened[1] if opened else trace
+                of_trace = opened or re.match(rf"\w+\({trace}[,)]", line)
+                key = scenario, ("system_trace_" if of_trace else "system_") + name
+                sums[key] = sums.get(key, 0) + 1
+                if of_trace and name == "close":
+                    trace = None
     return {key: count / times[key[0]] for key, count in sums.items()}
 
 
