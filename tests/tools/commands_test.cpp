@@ -40,10 +40,11 @@ TEST_F(CommandsTest, ServicesSayWhatTheyDid) {
     const std::tuple<std::vector<const char*>, const char*, const char*> services[] = {
         {{"--port", "1", "feed", "3"}, "Feed 3", "the paper is fed\n"},
         {{"--port", "1", "feed"}, "Feed 1", "the paper is fed\n"},
-        {{"--port", "1", "lock"}, "Lock", "the keyboard is locked\n"},
         {{"--port", "1", "unlock"}, "UnLock", "the keyboard is unlocked\n"},
         {{"--port", "1", "display", "--clear"}, "ClearIndicator", "the display is cleared\n"},
-        {{"--port", "1", "cancel"}, "CheckCancel", "the register's state is reset\n"},
+        {{"--port", "1", "cancel"},
+         "CheckClose",
+         "nothing is open; the register's state is reset\n"},
     };
     for (const auto& [arguments, call, said] : services) {
         library.Reset();
@@ -53,6 +54,29 @@ TEST_F(CommandsTest, ServicesSayWhatTheyDid) {
     }
     EXPECT_EQ(Kkm({"--port", "1", "lock", "--json"}), 0);
     EXPECT_EQ(out.str(), "{\n  \"done\": \"the keyboard is locked\"\n}\n");
+}
+
+TEST_F(CommandsTest, LockOutlivesTheLeaving) {
+    library.firmware = 303;
+    EXPECT_EQ(Kkm({"--port", "1", "lock"}), 0);
+    EXPECT_THAT(library.calls, ElementsAre("ConnectKKM 1", "GetKKMVers", "Lock", "DisconnectKKM"));
+    library.Reset();
+    library.firmware = 302;  // whose lock ends with a reset
+    EXPECT_EQ(Kkm({"--port", "1", "lock"}), 0);
+    EXPECT_THAT(library.calls, ElementsAre("ConnectKKM 1", "GetKKMVers", "Lock"));
+}
+
+TEST_F(CommandsTest, CancelThatFailsLeavesTheRegisterAsItIs) {
+    library.failing["CheckClose"] = 2;
+    EXPECT_EQ(Kkm({"--port", "1", "cancel"}), 7);
+    EXPECT_THAT(library.calls, ElementsAre("ConnectKKM 1", "CheckClose"));
+    EXPECT_THAT(err.str(), HasSubstr("kkm: what is open could not be cancelled and is left as it "
+                                     "is (error 2, echDevice)\n"));
+    library.Reset();
+    library.failing["CheckClose"] = 6;  // a lock is in the way: its reset, then once more
+    EXPECT_EQ(Kkm({"--port", "1", "cancel"}), 7);
+    EXPECT_THAT(library.calls,
+                ElementsAre("ConnectKKM 1", "CheckClose", "CheckCancel", "CheckClose"));
 }
 
 TEST_F(CommandsTest, ServiceThatFailsIsStatus7) {
@@ -178,19 +202,26 @@ TEST_F(CommandsTest, WatchWritesWhatChanges) {
 }
 
 // The driver resets the register's state when it leaves, and the check would come out.
-TEST_F(CommandsTest, ReadingLeavesAnOpenCheckAlone) {
-    for (const int state : {0xC8, 0xC9, 0xCA}) {
-        for (const char* command : {"status", "counters", "taxes", "tape"}) {
+TEST_F(CommandsTest, WhatConnectsLeavesAnOpenCheckAlone) {
+    const std::vector<std::vector<const char*>> commands = {
+        {"status"}, {"counters"},  {"taxes"},
+        {"tape"},   {"text", "a"}, {"feed", "1"},
+        {"lock"},   {"unlock"},    {"display", "--clear"}};
+    for (const int state : {0xC0, 0xC8, 0xC9, 0xCA, 0xCE}) {
+        for (std::vector<const char*> command : commands) {
             library.Reset();
-            library.looks = {{{9600, state, {}}, RegisterCounters{1, 30, 57}}};
-            EXPECT_EQ(Kkm({"--port", "1", command}), 7) << command;
-            EXPECT_THAT(library.calls, ElementsAre()) << command;
+            library.looks = {{{9600, state, {}}, RegisterCounters{1, 30, 57}, 2}};
+            command.insert(command.begin(), {"--port", "1"});
+            EXPECT_EQ(Kkm(command), 7) << command[2];
+            EXPECT_THAT(library.calls, ElementsAre()) << command[2];
             EXPECT_THAT(err.str(), HasSubstr("kkm: a check is open at the register (0xC"));
             EXPECT_THAT(err.str(), HasSubstr("let the cashier finish or cancel the check"));
         }
     }
-    library.looks = {{{9600, 0xC6, {}}, RegisterCounters{1, 30, 57}}};
-    EXPECT_EQ(Kkm({"--port", "1", "counters"}), 0);
+    for (const int state : {0xC0, 0xC6, 0xCE}) {
+        library.looks = {{{9600, state, {}}, RegisterCounters{1, 30, 57}, 0}};
+        EXPECT_EQ(Kkm({"--port", "1", "counters"}), 0);
+    }
 }
 
 TEST_F(CommandsTest, StatusStillShowsTheStateOfAnOpenCheck) {
