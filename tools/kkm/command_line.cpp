@@ -310,8 +310,7 @@ void CommandLine::AddTools() {
     Add(
         "explain", "Say what a code means, or retell a trace file",
         [this] { return RunExplain(what_, as_json_, streams_); }, false)
-        ->add_option("WHAT", what_,
-                     "Code or name of an error, a state or a key; or a VeskTarvoM5.log")
+        ->add_option("WHAT", what_, "Code or name of an error, a state or a key; or a trace file")
         ->type_name("")
         ->required();
     CLI::App* const run = Add(
