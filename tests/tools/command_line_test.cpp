@@ -298,7 +298,6 @@ TEST_F(CommandLineTest, CheckThatIsRefusedBeforePrintingIsStatus7) {
     library.failing["cbAddSale"] = 14;
     EXPECT_EQ(Check(kBread), 7);
     EXPECT_THAT(err.str(), HasSubstr("kkm: sale line 1 was refused (error 14, echOther)\n"));
-    EXPECT_EQ(library.calls.back(), "DisconnectKKM");
     library.Reset();
     library.failing["cbSetDiscountValue"] = 19;
     EXPECT_EQ(Check(kBread), 7);
@@ -307,6 +306,21 @@ TEST_F(CommandLineTest, CheckThatIsRefusedBeforePrintingIsStatus7) {
     EXPECT_EQ(Check(kBread), 7);
     EXPECT_THAT(err.str(), HasSubstr("kkm: the register does not take the check (error 6"));
     EXPECT_THAT(library.calls, testing::Not(testing::Contains("PrintCheck")));
+}
+
+// Leaving resets the register, which prints a check that was left in its closing.
+TEST_F(CommandLineTest, RegisterIsLeftAsItIsWhileACheckMayBeOpen) {
+    for (const auto& [function, code] :
+         {std::pair{"cbAddSale", 14}, {"CheckClose", 2}, {"PrintCheck", 2}, {"PrintCheck", 32}}) {
+        library.Reset();
+        library.failing[function] = code;
+        EXPECT_NE(Check(kBread), 0);
+        EXPECT_THAT(library.calls, testing::Not(testing::Contains("DisconnectKKM"))) << function;
+    }
+    library.Reset();
+    library.failing["PrintCheck"] = 20;
+    EXPECT_EQ(Check(kBread), 3);
+    EXPECT_EQ(library.calls.back(), "DisconnectKKM");
 }
 
 TEST_F(CommandLineTest, CheckThatWasNotPrintedIsStatus3) {
@@ -351,7 +365,6 @@ TEST_F(CommandLineTest, WhatNobodyForesawIsStatus1) {
     library.throwing_cash = true;
     EXPECT_EQ(Check(R"({"lines": [{"name":"a","price":1}], "cash": 5})"), 1);
     EXPECT_EQ(err.str(), "kkm: the line died\n");
-    EXPECT_EQ(library.calls.back(), "DisconnectKKM");
 }
 
 }  // namespace

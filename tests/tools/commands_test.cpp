@@ -6,9 +6,8 @@
 #include <sstream>
 
 #include "VeskTarvoM5/VeskTarvoM5.h"
-#include "kkm/command_line.h"
 #include "support/temp_directory.h"
-#include "tools/fake_library.h"
+#include "tools/commands_fixture.h"
 
 namespace kkm {
 namespace {
@@ -17,33 +16,15 @@ using testing::ElementsAre;
 using testing::EndsWith;
 using testing::HasSubstr;
 
-class CommandsTest : public testing::Test {
-  protected:
-    CommandsTest() { library.Reset(); }
-
-    int Kkm(std::vector<const char*> arguments, const std::string& input = "") {
-        arguments.insert(arguments.begin(), "kkm");
-        std::istringstream in(input);
-        out.str("");
-        err.str("");
-        Streams streams{in, out, err, {}, {}};
-        return static_cast<int>(
-            kkm::Run(static_cast<int>(arguments.size()), arguments.data(), streams));
-    }
-
-    test::FakeLibrary& library = test::FakeLibrary::Get();
-    std::ostringstream out;
-    std::ostringstream err;
-};
-
 TEST_F(CommandsTest, ServicesSayWhatTheyDid) {
     const std::tuple<std::vector<const char*>, const char*, const char*> services[] = {
         {{"--port", "1", "feed", "3"}, "Feed 3", "the paper is fed\n"},
         {{"--port", "1", "feed"}, "Feed 1", "the paper is fed\n"},
-        {{"--port", "1", "lock"}, "Lock", "the keyboard is locked\n"},
         {{"--port", "1", "unlock"}, "UnLock", "the keyboard is unlocked\n"},
         {{"--port", "1", "display", "--clear"}, "ClearIndicator", "the display is cleared\n"},
-        {{"--port", "1", "cancel"}, "CheckCancel", "the register's state is reset\n"},
+        {{"--port", "1", "cancel"},
+         "CheckClose",
+         "nothing is open; the register's state is reset\n"},
     };
     for (const auto& [arguments, call, said] : services) {
         library.Reset();
@@ -53,6 +34,29 @@ TEST_F(CommandsTest, ServicesSayWhatTheyDid) {
     }
     EXPECT_EQ(Kkm({"--port", "1", "lock", "--json"}), 0);
     EXPECT_EQ(out.str(), "{\n  \"done\": \"the keyboard is locked\"\n}\n");
+}
+
+TEST_F(CommandsTest, LockOutlivesTheLeaving) {
+    library.firmware = 303;
+    EXPECT_EQ(Kkm({"--port", "1", "lock"}), 0);
+    EXPECT_THAT(library.calls, ElementsAre("ConnectKKM 1", "GetKKMVers", "Lock", "DisconnectKKM"));
+    library.Reset();
+    library.firmware = 302;  // whose lock ends with a reset
+    EXPECT_EQ(Kkm({"--port", "1", "lock"}), 0);
+    EXPECT_THAT(library.calls, ElementsAre("ConnectKKM 1", "GetKKMVers", "Lock"));
+}
+
+TEST_F(CommandsTest, CancelThatFailsLeavesTheRegisterAsItIs) {
+    library.failing["CheckClose"] = 2;
+    EXPECT_EQ(Kkm({"--port", "1", "cancel"}), 7);
+    EXPECT_THAT(library.calls, ElementsAre("ConnectKKM 1", "CheckClose"));
+    EXPECT_THAT(err.str(), HasSubstr("kkm: what is open could not be cancelled and is left as it "
+                                     "is (error 2, echDevice)\n"));
+    library.Reset();
+    library.failing["CheckClose"] = 6;  // a lock is in the way: its reset, then once more
+    EXPECT_EQ(Kkm({"--port", "1", "cancel"}), 7);
+    EXPECT_THAT(library.calls,
+                ElementsAre("ConnectKKM 1", "CheckClose", "CheckCancel", "CheckClose"));
 }
 
 TEST_F(CommandsTest, ServiceThatFailsIsStatus7) {
@@ -124,7 +128,9 @@ TEST_F(CommandsTest, ProgramsGetEveryErrorAsJson) {
         {{"--json", "explain", "999"},
          "999 is no code of an error, a state or a key, and no file: No such file or directory",
          5},
-        {{"--json", "explain", "/dev/null"}, "/dev/null tells of no connection and no check", 5},
+        {{"--json", "explain", "/dev/null"},
+         "/dev/null tells of no connection, no check and no fault of the protocol",
+         5},
         {{"check", "--json", "--dry-run", "/nowhere"}, "/nowhere: No such file or directory", 5},
         {{"--port", "1", "check", "--json", "-"}, "standard input: lines: is missing", 5},
     };
@@ -137,27 +143,6 @@ TEST_F(CommandsTest, ProgramsGetEveryErrorAsJson) {
     }
     EXPECT_EQ(Kkm({"run", "--", "true", "--json"}), 2);
     EXPECT_EQ(out.str(), "");
-}
-
-TEST_F(CommandsTest, ProgramsGetTheWholeStoryOfATrace) {
-    const test::TempDirectory folder;
-    std::ofstream("trace") << "Connect -  Linux 1.0.0.0 (win 1.2.13.1)\n"
-                              "TTarvoVesk::Connect: getKKMVersion: 303\n"
-                              "Connect - OK\n"
-                              "Info: TrySendSale ;title = Tea ;barcode = 1; code = 1; "
-                              "count = 0.345; price = 4250; section = 3\n"
-                              "Info: TrySendCheckCash checkCash = 50000\n"
-                              "Info: TestCheckPrint - ok\n"
-                              "Disconnect - OK";
-    EXPECT_EQ(Kkm({"explain", "--json", "trace"}), 0);
-    EXPECT_THAT(out.str(), HasSubstr("\"quantity\": 0.345,\n"));
-    EXPECT_THAT(out.str(), HasSubstr("\"cash\": 500.0,\n"));
-    EXPECT_THAT(out.str(), HasSubstr("    {\n      \"event\": \"connected\",\n"
-                                     "      \"about\": \"firmware 303\",\n"
-                                     "      \"checks_before\": 0\n    },\n"
-                                     "    {\n      \"event\": \"disconnected\",\n"
-                                     "      \"about\": \"\",\n"
-                                     "      \"checks_before\": 1\n    }\n"));
 }
 
 TEST_F(CommandsTest, WatchWritesWhatChanges) {
@@ -178,19 +163,26 @@ TEST_F(CommandsTest, WatchWritesWhatChanges) {
 }
 
 // The driver resets the register's state when it leaves, and the check would come out.
-TEST_F(CommandsTest, ReadingLeavesAnOpenCheckAlone) {
-    for (const int state : {0xC8, 0xC9, 0xCA}) {
-        for (const char* command : {"status", "counters", "taxes", "tape"}) {
+TEST_F(CommandsTest, WhatConnectsLeavesAnOpenCheckAlone) {
+    const std::vector<std::vector<const char*>> commands = {
+        {"status"}, {"counters"},  {"taxes"},
+        {"tape"},   {"text", "a"}, {"feed", "1"},
+        {"lock"},   {"unlock"},    {"display", "--clear"}};
+    for (const int state : {0xC0, 0xC8, 0xC9, 0xCA, 0xCE}) {
+        for (std::vector<const char*> command : commands) {
             library.Reset();
-            library.looks = {{{9600, state, {}}, RegisterCounters{1, 30, 57}}};
-            EXPECT_EQ(Kkm({"--port", "1", command}), 7) << command;
-            EXPECT_THAT(library.calls, ElementsAre()) << command;
+            library.looks = {{{9600, state, {}}, RegisterCounters{1, 30, 57}, 2}};
+            command.insert(command.begin(), {"--port", "1"});
+            EXPECT_EQ(Kkm(command), 7) << command[2];
+            EXPECT_THAT(library.calls, ElementsAre()) << command[2];
             EXPECT_THAT(err.str(), HasSubstr("kkm: a check is open at the register (0xC"));
             EXPECT_THAT(err.str(), HasSubstr("let the cashier finish or cancel the check"));
         }
     }
-    library.looks = {{{9600, 0xC6, {}}, RegisterCounters{1, 30, 57}}};
-    EXPECT_EQ(Kkm({"--port", "1", "counters"}), 0);
+    for (const int state : {0xC0, 0xC6, 0xCE}) {
+        library.looks = {{{9600, state, {}}, RegisterCounters{1, 30, 57}, 0}};
+        EXPECT_EQ(Kkm({"--port", "1", "counters"}), 0);
+    }
 }
 
 TEST_F(CommandsTest, StatusStillShowsTheStateOfAnOpenCheck) {
@@ -229,145 +221,6 @@ TEST_F(CommandsTest, WordThatIsNoCommandIsNamed) {
     EXPECT_THAT(err.str(), testing::StartsWith("kkm: there is no command bogus "));
     EXPECT_EQ(Kkm({}), 2);
     EXPECT_THAT(err.str(), HasSubstr("subcommand is required"));
-}
-
-TEST_F(CommandsTest, DryRunShowsTheReceiptAndTouchesNoRegister) {
-    const std::string name(40, 'x');
-    const std::string check = R"({"lines": [{"name": "Сыр «А»", "price": 2, "quantity": 1.5},)"
-                              R"( {"name": ")" +
-                              name + R"(", "price": 1}], "discount": -10, "cash": 2})";
-    EXPECT_EQ(Kkm({"check", "--dry-run", "-"}, check), 7);
-    EXPECT_EQ(out.str().substr(0, out.str().find("echOther")),
-              "the check on firmware 303; nothing is sent\n"
-              "   1  Сыр ?А?\n"
-              "      1.500 x 2.00 = 3.00\n"
-              "      printed as '?': « »\n"
-              "   2  xxxxxxxxxxxxxxxxxx\n"
-              "      + xxxxxxxxxxxxxxxxxx\n"
-              "      + xxxx\n"
-              "      1 x 1.00 = 1.00\n"
-              "discount 10 % = -0.40\n"
-              "total 3.60\n"
-              "cash 2.00\n"
-              "refused: the cash is below the total: ");
-    for (const std::string& call : library.calls) {
-        EXPECT_EQ(call.rfind("cb", 0), 0U) << call;
-    }
-}
-
-TEST_F(CommandsTest, DryRunCutsNamesAsTheFirmwareDoes) {
-    const std::string name = std::string(15, 'a') + std::string(57, 'b') + "ccc";
-    const std::string check = R"({"cash": 1, "lines": [{"name": ")" + name + R"(", "price": 1}]})";
-    EXPECT_EQ(Kkm({"check", "--dry-run", "--firmware", "301", "-"}, check), 0);
-    EXPECT_THAT(out.str(), HasSubstr("   1  aaaaaaaaaaaaaaa\n"));
-    EXPECT_THAT(out.str(), HasSubstr("not printed: " + std::string(57, 'b') + "ccc\n"));
-    EXPECT_EQ(Kkm({"check", "--dry-run", "--firmware", "400", "-"}, check), 0);
-    EXPECT_THAT(out.str(), HasSubstr("not printed: ccc\n"));
-    EXPECT_THAT(out.str(), HasSubstr("this firmware takes no cash from a program: paid exactly\n"));
-}
-
-TEST_F(CommandsTest, DryRunRefusesWhatWillBeRefused) {
-    std::string lines = R"({"name": "a", "price": 1})";
-    for (int i = 1; i < 20; ++i) {
-        lines += R"(, {"name": "a", "price": 1})";
-    }
-    EXPECT_EQ(
-        Kkm({"check", "--dry-run", "--firmware", "302", "-"}, R"({"lines": [)" + lines + "]}"), 7);
-    EXPECT_THAT(out.str(), EndsWith("refused: this firmware takes 19 lines\n"));
-    library.failing["cbAddSale"] = 14;
-    EXPECT_EQ(
-        Kkm({"check", "--dry-run", "--json", "-"}, R"({"lines": [{"name": "a", "price": 0}]})"), 7);
-    EXPECT_THAT(out.str(), HasSubstr("\"error\": 14\n"));
-    EXPECT_THAT(out.str(), HasSubstr("\"refused\": true,\n"));
-}
-
-TEST_F(CommandsTest, DryRunRefusesCashBelowTheTotalOfASaleOnly) {
-    const std::string rest = R"(, "cash": 1, "lines": [{"name": "a", "price": 2}]})";
-    const std::vector<const char*> dry_run = {"check", "--dry-run", "--json", "-"};
-    EXPECT_EQ(Kkm(dry_run, R"({"mode": "sale")" + rest), 7);
-    EXPECT_THAT(out.str(), HasSubstr("  \"total\": 2.0,\n  \"cash\": 1.0,\n  \"change\": null,\n"
-                                     "  \"refused\": true,\n  \"why\": [\n"
-                                     "    \"the cash is below the total: echOther (20)"));
-    for (const char* mode : {"return", "credit"}) {
-        EXPECT_EQ(Kkm(dry_run, R"({"mode": ")" + std::string(mode) + "\"" + rest), 0) << mode;
-        EXPECT_THAT(out.str(), HasSubstr("\"mode\": \"" + std::string(mode) + "\""));
-        EXPECT_THAT(out.str(), HasSubstr("\"refused\": false,\n  \"why\": []\n"));
-    }
-    EXPECT_EQ(Kkm({"check", "--dry-run", "--firmware", "310", "-"}, R"({"mode": "sale")" + rest),
-              0);
-    EXPECT_EQ(
-        Kkm({"check", "--dry-run", "-"}, R"({"cash": 0, "lines": [{"name": "a", "price": 2}]})"),
-        0);
-}
-
-TEST_F(CommandsTest, DryRunRefusesASumThatTheRegisterCannotHold) {
-    const auto check = [](const char* quantity) {
-        return R"({"lines": [{"name": "a", "price": 99999.99, "quantity": )" +
-               std::string(quantity) + "}]}";
-    };
-    EXPECT_EQ(Kkm({"check", "--dry-run", "-"}, check("65535")), 7);
-    EXPECT_THAT(out.str(),
-                HasSubstr("refused: line 1: the sum is above 42949672.95: echOther (14)\n"));
-    EXPECT_THAT(out.str(), testing::Not(HasSubstr("total")));
-    EXPECT_EQ(Kkm({"check", "--dry-run", "-"}, check("429")), 0);
-    EXPECT_THAT(out.str(), EndsWith("total 42899995.71\n"));
-    EXPECT_EQ(Kkm({"check", "--dry-run", "-"}, check("430")), 7);
-    EXPECT_EQ(Kkm({"check", "--dry-run", "-"},
-                  R"({"lines": [{"name": "a", "price": 99999.99, "quantity": 429},
-                                {"name": "b", "price": 99999.99}]})"),
-              7);
-    EXPECT_THAT(out.str(),
-                HasSubstr("refused: line 2: the sum is above 42949672.95: echOther (14)\n"));
-}
-
-TEST_F(CommandsTest, DryRunJudgesTheDiscountOnce) {
-    library.failing["cbSetDiscountValue"] = 19;
-    EXPECT_EQ(Kkm({"check", "--dry-run", "-"},
-                  R"({"discount": 100, "lines": [{"name": "a", "price": 1}]})"),
-              7);
-    EXPECT_THAT(out.str(), HasSubstr("      1 x 1.00 = 1.00\nrefused: discount: echOther (19)"));
-    EXPECT_THAT(out.str(), testing::Not(HasSubstr("surcharge")));
-}
-
-TEST_F(CommandsTest, DryRunTellsOfAQuantityThatBecomesNothing) {
-    EXPECT_EQ(Kkm({"check", "--dry-run", "-"},
-                  R"({"lines": [{"name": "a|b", "price": 100, "quantity": 0.0004}]})"),
-              0);
-    EXPECT_THAT(out.str(), EndsWith("   1  a|b\n"
-                                    "      0.000 x 100.00 = 0.00\n"
-                                    "      so small a quantity becomes nothing\n"
-                                    "total 0.00\n"));
-}
-
-TEST_F(CommandsTest, DryRunTellsProgramsEveryFigure) {
-    EXPECT_EQ(Kkm({"check", "--dry-run", "--json", "-"},
-                  R"({"discount": -5, "cash": 500, "lines":
-                      [{"name": "a", "price": 680, "quantity": 0.345, "section": 2}]})"),
-              0);
-    EXPECT_EQ(out.str(),
-              "{\n  \"firmware\": 303,\n  \"mode\": \"sale\",\n  \"lines\": [\n    {\n"
-              "      \"name\": \"a\",\n      \"price\": 680.0,\n      \"quantity\": 0.345,\n"
-              "      \"section\": 2,\n      \"printed\": \"a\",\n      \"pieces\": [\n"
-              "        \"a\"\n      ],\n      \"lost\": [],\n      \"cut\": \"\",\n"
-              "      \"sum\": 234.6,\n      \"error\": 0\n    }\n  ],\n"
-              "  \"discount\": -5,\n  \"discount_sum\": -11.73,\n  \"total\": 222.87,\n"
-              "  \"cash\": 500.0,\n  \"change\": 277.13,\n  \"refused\": false,\n"
-              "  \"why\": []\n}\n");
-}
-
-TEST_F(CommandsTest, ExplainsCodesOfEveryKind) {
-    EXPECT_EQ(Kkm({"explain", "2"}), 0);
-    EXPECT_THAT(out.str(), HasSubstr("error 2 (0x02), echDevice\n  A first sentence"));
-    EXPECT_EQ(Kkm({"explain", "0xC8"}), 0);
-    EXPECT_THAT(out.str(), HasSubstr("state 200 (0xC8), ks_checkout\n"));
-    EXPECT_EQ(Kkm({"explain", "ks_keylock"}), 0);
-    EXPECT_EQ(out.str(),
-              "state 206 (0xCE), ks_keylock\n"
-              "  The register is in this state: the keyboard is locked.\n");
-    EXPECT_EQ(Kkm({"explain", "0x2B", "--json"}), 0);
-    EXPECT_THAT(out.str(), HasSubstr("\"text\": \"prints a copy of the last check\""));
-    EXPECT_EQ(Kkm({"explain", "nonsense"}), 5);
-    EXPECT_THAT(err.str(), HasSubstr("kkm: nonsense is no code of an error, a state or a key"));
 }
 
 TEST_F(CommandsTest, DoctorAsksNoRegisterOnADeviceThatIsMissing) {

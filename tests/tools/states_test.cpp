@@ -53,6 +53,25 @@ TEST(States, NoQuantityWhileGoodsAreEnteredIsOnePiece) {
     EXPECT_THAT(Text(0xA3, {1, 0, 0, 3, 0, 2, '4', '6'}), testing::HasSubstr("bar code    46\n"));
 }
 
+TEST(States, AskingForACheckShowsWhereItWillStand) {
+    const RegisterCounters counters{7, 143, 300};
+    EXPECT_EQ(
+        FiguresAsText(StateAsFigures({{9600, 0xA3, {1, 0, 0, 3, 0, 2, '4', '6'}}, counters, 2, 5})),
+        "state         0xA3 ks_salebarcode: asks for a check, by a bar code\n"
+        "baud          9600\n"
+        "  department  1\n"
+        "  quantity    3\n"
+        "  marked      no\n"
+        "  bar code    46\n"
+        "  document    7\n"
+        "  position    144\n"
+        "  sale        2\n"
+        "  section     5\n");
+    EXPECT_THAT(
+        FiguresAsText(StateAsFigures({{9600, 0xA1, {}}, {}})),
+        testing::Not(testing::AnyOf(testing::HasSubstr("position"), testing::HasSubstr("sale "))));
+}
+
 TEST(States, OnlyALineThatWasAddedHasASum) {
     const Bytes pieces = {0, 1, 0, 1, 0, 2, 0, 0, 0, 1, 0, 0, 3, 0, 0, 0x10, 0x9A};
     EXPECT_THAT(Text(0xA2, pieces), testing::HasSubstr("sum         127.50\n"));
@@ -87,7 +106,7 @@ TEST(States, MissingBytesReadAsZero) {
 TEST(States, UnknownCodeHasNoName) {
     EXPECT_EQ(StateOfCode(0xC1), nullptr);
     EXPECT_STREQ(StateOfCode(0xCE)->name, "ks_keylock");
-    EXPECT_EQ(FiguresAsText(StateAsFigures({57600, 0xE8, {}})),
+    EXPECT_EQ(FiguresAsText(StateAsFigures({{57600, 0xE8, {}}, {}})),
               "state  0xE8 unknown\nbaud   57600\n");
 }
 

@@ -116,12 +116,16 @@ RegisterFailure NotPrinted(int code) {
     }
 }
 
-void Print(Progress& progress, std::size_t lines) {
+void Print(Connection& connection, Progress& progress, std::size_t lines) {
     Printing state{progress, lines, {}};
     const Listening listening(state);
     progress.Step("waiting for the register to ask for the check (Ctrl-C gives up)");
     if (PrintCheck() == 0) {
-        throw NotPrinted(GetErrorCode());
+        const RegisterFailure failure = NotPrinted(GetErrorCode());
+        if (failure.status() == ExitStatus::unknown) {
+            connection.Leave(Connection::Leaving::as_it_is);
+        }
+        throw failure;
     }
 }
 
@@ -130,7 +134,8 @@ std::vector<Figure> PrintCheckFile(const Address& address, const CheckFile& chec
                                    Progress& progress) {
     const std::vector<std::string> names = RegisterNames(check, streams.err);
     progress.Step("connecting to " + address.Text());
-    const Connection connection(address);
+    // Until an earlier check that was left open is out of the way.
+    Connection connection(address, Connection::Leaving::as_it_is);
     const int firmware = Firmware();
     progress.Note("firmware " + std::to_string(firmware));
     WarnOfFirmware(firmware, check, names, streams.err);
@@ -139,7 +144,8 @@ std::vector<Figure> PrintCheckFile(const Address& address, const CheckFile& chec
     const double total = cbGetSum();
     progress.Step("preparing the register");
     Require(CheckClose(), ExitStatus::refused, "the register does not take the check");
-    Print(progress, names.size());
+    connection.Leave(Connection::Leaving::reset);
+    Print(connection, progress, names.size());
     progress.Step("leaving the register");
     return {FlagFigure("printed", "", true, "", ""), NumberFigure("firmware", "", firmware),
             NumberFigure("lines", "", static_cast<int>(names.size())),

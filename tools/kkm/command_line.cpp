@@ -101,7 +101,7 @@ class CommandLine {
     CLI::App* Add(const std::string& name, const std::string& about,
                   std::function<ExitStatus()> run, bool needs_register = true);
     void AddCheck();
-    CLI::App* AddReading(const std::string& name, const std::string& about,
+    CLI::App* AddLooking(const std::string& name, const std::string& about,
                          std::function<ExitStatus()> run);
     void AddQueries();
     void AddDump();
@@ -215,8 +215,8 @@ ExitStatus CommandLine::RunWithJournal(const CheckFile& file) {
     return RunKeyedCheck(address_, file, journal_, streams_);
 }
 
-// Asking for figures must not print what a cashier has not finished.
-CLI::App* CommandLine::AddReading(const std::string& name, const std::string& about,
+// What connects must not have that printed which a cashier has not finished.
+CLI::App* CommandLine::AddLooking(const std::string& name, const std::string& about,
                                   std::function<ExitStatus()> run) {
     return Add(name, about, [this, run = std::move(run)] {
         if (const auto open = OpenCheckAt(address_)) {
@@ -229,11 +229,11 @@ CLI::App* CommandLine::AddReading(const std::string& name, const std::string& ab
 void CommandLine::AddQueries() {
     Add("status", "Show state, firmware, serial number, shift and counters",
         [this] { return RunStatus(address_, as_json_, streams_); });
-    AddReading("counters", "Show the counters, the grand total and the cash",
+    AddLooking("counters", "Show the counters, the grand total and the cash",
                [this] { return RunCounters(address_, as_json_, streams_); });
-    AddReading("taxes", "Show the settings of the taxes",
+    AddLooking("taxes", "Show the settings of the taxes",
                [this] { return RunTaxes(address_, as_json_, streams_); });
-    CLI::App* const tape = AddReading("tape", "Show the records of the control tape", [this] {
+    CLI::App* const tape = AddLooking("tape", "Show the records of the control tape", [this] {
         if (range_.to && *range_.to < range_.from) {
             throw CLI::ValidationError("--to", "is before --from");
         }
@@ -280,23 +280,25 @@ void CommandLine::AddDump() {
 }
 
 void CommandLine::AddServices() {
-    Add("text", "Print a line of text",
-        [this] { return RunText(address_, text_, as_json_, streams_); })
+    AddLooking("text", "Print a line of text",
+               [this] { return RunText(address_, text_, as_json_, streams_); })
         ->add_option("TEXT", text_, "Up to 16 letters")
         ->type_name("")
         ->required();
-    Add("feed", "Feed the paper", [this] { return RunFeed(address_, times_, as_json_, streams_); })
+    AddLooking("feed", "Feed the paper",
+               [this] { return RunFeed(address_, times_, as_json_, streams_); })
         ->add_option("N", times_, "How often, 40 lines each time")
         ->check(CLI::Range(1, 100))
         ->capture_default_str();
-    Add("lock", "Lock the keyboard", [this] { return RunLock(address_, as_json_, streams_); });
-    Add("unlock", "Unlock the keyboard",
-        [this] { return RunUnlock(address_, as_json_, streams_); });
-    Add("display", "Clear the customer display",
-        [this] { return RunDisplayClear(address_, as_json_, streams_); })
+    AddLooking("lock", "Lock the keyboard",
+               [this] { return RunLock(address_, as_json_, streams_); });
+    AddLooking("unlock", "Unlock the keyboard",
+               [this] { return RunUnlock(address_, as_json_, streams_); });
+    AddLooking("display", "Clear the customer display",
+               [this] { return RunDisplayClear(address_, as_json_, streams_); })
         ->add_flag("--clear", clear_, "Clear it")
         ->required();
-    Add("cancel", "Reset the register's state",
+    Add("cancel", "Cancel what is open at the register and reset its state",
         [this] { return RunCancel(address_, as_json_, streams_); });
 }
 
@@ -308,8 +310,7 @@ void CommandLine::AddTools() {
     Add(
         "explain", "Say what a code means, or retell a trace file",
         [this] { return RunExplain(what_, as_json_, streams_); }, false)
-        ->add_option("WHAT", what_,
-                     "Code or name of an error, a state or a key; or a VeskTarvoM5.log")
+        ->add_option("WHAT", what_, "Code or name of an error, a state or a key; or a trace file")
         ->type_name("")
         ->required();
     CLI::App* const run = Add(

@@ -13,7 +13,7 @@ std::string Address::Device() const {
     return device.empty() ? "/dev/ttyS" + std::to_string(port - 1) : device;
 }
 
-Connection::Connection(const Address& address) {
+Connection::Connection(const Address& address, Leaving leaving) : leaving_(leaving) {
     std::string device = address.device;  // the library takes texts that may be changed
     const int connected =
         device.empty() ? ConnectKKM(address.port) : ConnectKKMDevice(device.data());
@@ -23,7 +23,9 @@ Connection::Connection(const Address& address) {
 Connection::~Connection() {
     // Leaving may report errors that concern nobody.
     EventErrorProc = nullptr;
-    DisconnectKKM();
+    if (leaving_ == Leaving::reset) {
+        DisconnectKKM();
+    }
 }
 
 int Firmware() {

@@ -15,14 +15,21 @@ struct Address {
     std::string Device() const;
 };
 
-// Connects, and disconnects however the command ends.
+// Connects, and disconnects however the command ends, which resets the register's state. While a
+// check may stand in its closing that would print it: then the register is left as it is.
 class Connection {
   public:
+    enum class Leaving { reset, as_it_is };
+
     // Throws RegisterFailure.
-    explicit Connection(const Address& address);
+    explicit Connection(const Address& address, Leaving leaving = Leaving::reset);
     ~Connection();
+    void Leave(Leaving leaving) { leaving_ = leaving; }
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;
+
+  private:
+    Leaving leaving_;
 };
 
 // Firmware of the connected register. Throws RegisterFailure.

@@ -126,11 +126,20 @@ void ExamineTime(const std::string& key, const std::string& what, double ms, dou
     }
 }
 
-void ExamineState(const LineAnswer& status, Findings& findings) {
+bool HidesOpenCheck(const std::string& device, int state) {
+    return MayHideAClosing(state) && OpenCheckAt({device, 0});
+}
+
+void ExamineState(const std::string& device, const LineAnswer& status, Findings& findings) {
     const StateName* const state = StateOfCode(status.code);
     const std::string name = state != nullptr ? std::string(state->name) + ", " + state->meaning
                                               : std::to_string(status.code) + ", unknown";
     const std::string text = "the register's state: " + name;
+    if (HidesOpenCheck(device, status.code)) {
+        findings.push_back(
+            {Grade::bad, "check_open", text + ", and a check is open behind it", kOpenCheckAdvice});
+        return;
+    }
     switch (status.code) {
         case 0xCE:
             findings.push_back({Grade::note, "keyboard_locked", text,
@@ -175,7 +184,7 @@ void ExamineTimes(const std::string& device, int baud, Findings& findings) {
     if (answered > 0) {
         ExamineTime("first_byte", "answers begin after up to ", first_ms, kFirstByteMs, findings);
         ExamineTime("gap", "pauses between bytes up to ", gap_ms, kGapMs, findings);
-        ExamineState(last, findings);
+        ExamineState(device, last, findings);
     }
 }
 

@@ -18,12 +18,15 @@ constexpr int kLastWithShortChecks = 302;
 constexpr int kFirstWithCash = 301;
 constexpr int kLastWithCash = 309;
 
+// One letter less than its place: the bar code begins on the last one.
+constexpr std::size_t kShortName = 15;
 constexpr std::int64_t kMostKopecks = 4294967295;  // of a line and of a check
 
 struct DryLine {
     std::string printed;  // UTF-8, what comes out; '?' for a lost letter
     std::vector<std::string> pieces;
-    std::string cut;  // what does not come out
+    std::string short_name;  // what the line itself has room for
+    std::string cut;         // what does not come out
     std::vector<std::string> lost;
     bool weighed = false;
     std::int64_t thousandths = 0;  // of the quantity, as the register gets it
@@ -64,6 +67,7 @@ DryLine Try(const CheckLine& line, const FirmwareRules& rules) {
     const std::string through = name.bytes.substr(0, rules.longest_name);
     dry.printed = FromRegisterText(through);
     dry.cut = FromRegisterText(name.bytes.substr(through.size()));
+    dry.short_name = FromRegisterText(name.bytes.substr(0, kShortName));
     for (std::size_t at = 0; at < through.size(); at += rules.piece) {
         dry.pieces.push_back(FromRegisterText(through.substr(at, rules.piece)));
     }
@@ -152,6 +156,9 @@ void WriteLine(std::size_t number, const CheckLine& line, const DryLine& dry, st
     for (std::size_t i = 0; i < dry.pieces.size(); ++i) {
         out << (i == 0 ? "" : "      + ") << dry.pieces[i] << '\n';
     }
+    if (dry.short_name.size() < dry.pieces.front().size()) {
+        out << kIndent << "short name: " << dry.short_name << '\n';
+    }
     if (dry.error == echOk) {
         out << kIndent << QuantityText(dry) << " x " << MoneyText(line.price) << " = "
             << Kopecks(dry.kopecks) << '\n';
@@ -232,6 +239,7 @@ nlohmann::ordered_json LineAsJson(const CheckLine& line, const DryLine& dry) {
                                 {"section", line.section},
                                 {"printed", dry.printed},
                                 {"pieces", dry.pieces},
+                                {"short_name", dry.short_name},
                                 {"lost", dry.lost},
                                 {"cut", dry.cut},
                                 {"sum", nullptr},
@@ -271,8 +279,7 @@ void WriteJson(const CheckFile& check, const DryCheck& dry, const FirmwareRules&
 
 FirmwareRules RulesOf(int firmware) {
     const bool titles = firmware > kLastWithoutTitles;
-    // A name alone is one letter shorter than its place: the bar code begins on the last one.
-    return {firmware, titles ? 72U : 15U, titles ? 18U : 15U,
+    return {firmware, titles ? 72U : kShortName, titles ? 18U : kShortName,
             firmware <= kLastWithShortChecks ? 19U : 255U,
             firmware >= kFirstWithCash && firmware <= kLastWithCash};
 }

@@ -1,6 +1,7 @@
 #include "kkm/explain.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -11,6 +12,7 @@
 
 #include "VeskTarvoM5/VeskTarvoM5.h"
 #include "kkm/figures.h"
+#include "kkm/protocol_trace.h"
 #include "kkm/register_state.h"
 #include "kkm/report.h"
 #include "kkm/trace_story.h"
@@ -49,11 +51,19 @@ std::optional<int> NumberOf(const std::string& text) {
     return static_cast<int>(number);
 }
 
+// Nobody types ks_KKMgo as it is written.
+bool SameWord(const std::string& one, const std::string& other) {
+    return std::equal(one.begin(), one.end(), other.begin(), other.end(), [](char a, char b) {
+        return std::tolower(static_cast<unsigned char>(a)) ==
+               std::tolower(static_cast<unsigned char>(b));
+    });
+}
+
 std::vector<Meaning> MeaningsOf(const std::string& what) {
     std::vector<Meaning> meanings;
     const auto number = NumberOf(what);
     const auto meant = [&](int code, const std::string& name) {
-        return number ? *number == code : what == name;
+        return number ? *number == code : SameWord(what, name);
     };
     for (int code = 0; code <= kLastError; ++code) {
         const std::string name = KKMErrorName(code);
@@ -154,6 +164,21 @@ void WriteCheck(const StoryCheck& check, int number, std::ostream& out) {
     }
 }
 
+void WriteFaults(const std::vector<ProtocolFaults>& all, std::ostream& out) {
+    for (const ProtocolFaults& faults : all) {
+        out << faults.first;
+        if (faults.count > 1) {
+            out << " to " << faults.last << ", " << faults.count << " times";
+        }
+        out << ": protocol fault " << faults.code;
+        if (faults.network_number != 0) {
+            out << " at register " << faults.network_number;
+        }
+        out << "\n  " << ProtocolFaultText(faults.code) << '\n';
+    }
+    out << std::flush;
+}
+
 void WriteStory(const std::vector<StoryEvent>& events, std::ostream& out) {
     int checks = 0;
     for (const StoryEvent& event : events) {
@@ -187,7 +212,21 @@ nlohmann::ordered_json CheckAsJson(const StoryCheck& check) {
     return json;
 }
 
-void WriteStoryAsJson(const std::vector<StoryEvent>& events, std::ostream& out) {
+nlohmann::ordered_json FaultsAsJson(const std::vector<ProtocolFaults>& all) {
+    auto list = nlohmann::ordered_json::array();
+    for (const ProtocolFaults& faults : all) {
+        list.push_back({{"first", faults.first},
+                        {"last", faults.last},
+                        {"count", faults.count},
+                        {"network_number", faults.network_number},
+                        {"code", faults.code},
+                        {"text", ProtocolFaultText(faults.code)}});
+    }
+    return list;
+}
+
+void WriteStoryAsJson(const std::vector<StoryEvent>& events,
+                      const std::vector<ProtocolFaults>& faults, std::ostream& out) {
     auto checks = nlohmann::ordered_json::array();
     auto connections = nlohmann::ordered_json::array();
     for (const StoryEvent& event : events) {
@@ -200,8 +239,10 @@ void WriteStoryAsJson(const std::vector<StoryEvent>& events, std::ostream& out) 
                                    {"checks_before", checks.size()}});
         }
     }
-    out << nlohmann::ordered_json{{"checks", checks}, {"connections", connections}}.dump(2)
-        << std::endl;
+    const nlohmann::ordered_json story{{"checks", checks},
+                                       {"connections", connections},
+                                       {"protocol_faults", FaultsAsJson(faults)}};
+    out << story.dump(2) << std::endl;
 }
 
 }  // namespace
@@ -222,14 +263,17 @@ ExitStatus RunExplain(const std::string& what, bool as_json, Streams& streams) {
                       as_json, streams);
     }
     const std::vector<StoryEvent> events = TellTrace(trace.str());
-    if (events.empty()) {
-        return Report(ExitStatus::bad_file, what + " tells of no connection and no check", as_json,
-                      streams);
+    const std::vector<ProtocolFaults> faults = ReadProtocolTrace(trace.str());
+    if (events.empty() && faults.empty()) {
+        return Report(ExitStatus::bad_file,
+                      what + " tells of no connection, no check and no fault of the protocol",
+                      as_json, streams);
     }
     if (as_json) {
-        WriteStoryAsJson(events, streams.out);
+        WriteStoryAsJson(events, faults, streams.out);
     } else {
         WriteStory(events, streams.out);
+        WriteFaults(faults, streams.out);
     }
     return ExitStatus::done;
 }

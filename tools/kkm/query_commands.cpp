@@ -35,7 +35,7 @@ void AddCounters(Figures& figures) {
 Figures LookAsFigures(const Address& address, const std::optional<RegisterLook>& look) {
     Figures figures = {TextFigure("device", "register", address.Text())};
     if (look) {
-        for (Figure& figure : StateAsFigures(look->state)) {
+        for (Figure& figure : StateAsFigures(*look)) {
             figures.push_back(std::move(figure));
         }
     }
@@ -122,7 +122,7 @@ ExitStatus RunQuery(const Address& address, const Reading& read, bool as_json, S
 ExitStatus RunStatus(const Address& address, bool as_json, Streams& streams) {
     // Before the driver comes: its connecting changes the state.
     const auto look = LookAtRegister(address);
-    if (look && HoldsOpenCheck(look->state.code)) {
+    if (look && HoldsOpenCheck(*look)) {
         WriteOpenCheck(address, *look, as_json, streams);
         return ExitStatus::refused;
     }

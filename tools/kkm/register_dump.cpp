@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "VeskTarvoM5/VeskTarvoM5.h"
+#include "kkm/firmware_places.h"
 #include "kkm/progress.h"
 #include "kkm/report.h"
 
@@ -26,66 +27,11 @@ constexpr std::size_t kRecordsMax = 0x10000;
 constexpr std::size_t kProductLength = 39;
 constexpr std::size_t kSerialLength = 8;
 
-// A request, the code of its answer, and since which firmware it is there.
-struct Query {
-    std::uint8_t request;
-    std::uint8_t answer;
-};
-constexpr Query kReadEeprom{0x02, 0x82};
-constexpr Query kReadRam{0x04, 0x84};
 constexpr Query kReadProduct{0x08, 0x88};
 constexpr Query kStatistics{0x0A, 0x8A};
 constexpr Query kReadTape{0x12, 0x8B};
 constexpr Query kSerialNumber{0x15, 0x95};
-constexpr Query kVersion{0x34, 0xB4};
-constexpr Query kSaleNumber{0x37, 0xB7};
 constexpr Query kLastError{0x38, 0xB8};
-
-// Where older firmware keeps what later firmware tells by command; -1 for nowhere.
-struct Places {
-    int serial = -1;
-    int sale_number = -1;
-    int last_error = -1;
-};
-
-Places PlacesOf(int firmware) {
-    switch (firmware) {
-        case 301:
-            return {0x1A5C, 0x1594, 0x150D};
-        case 302:
-        case 303:
-            return {0x1A5D, 0x1595, 0x1956};
-        case 310:
-        case 312:
-            return {0x1658, 0x0914, -1};
-        default:
-            return {};
-    }
-}
-
-// 0 for firmware that is not known.
-int FirmwareOf(const Bytes& version) {
-    if (version.size() < 2) {
-        return 0;
-    }
-    const int raw = version[0] * 100 + version[1];
-    if (version.size() == 3) {
-        return raw == 302 && version[2] == 0 ? 303 : 0;
-    }
-    switch (raw) {
-        case 211:
-            return 301;
-        case 304:
-            return 400;
-        case 302:
-        case 303:
-        case 310:
-        case 312:
-            return raw;
-        default:
-            return 0;
-    }
-}
 
 std::int64_t Number(const Bytes& bytes, std::size_t from, std::size_t width) {
     std::int64_t value = 0;
@@ -213,9 +159,7 @@ class Reader {
         return (*byte)[0];
     }
     std::optional<Bytes> AskRam(int address, std::size_t count) {
-        Bytes payload = Word(address);
-        payload.push_back(static_cast<std::uint8_t>(count));
-        return Ask(kReadRam, payload, count);
+        return Ask(kReadRam, RamRequest(address, static_cast<std::uint8_t>(count)), count);
     }
 
     void ReadIdentity() {
@@ -248,17 +192,15 @@ class Reader {
     int ReadMemory(const std::string& what, const Query& query, std::size_t size, Bytes& image) {
         ProgressBar bar(streams_.err, streams_.err_terminal, "reading the " + what,
                         static_cast<int>(size / kPiece));
-        const bool wide = query.request == kReadEeprom.request && dump_.firmware >= 400;
+        const bool eeprom = query.request == kReadEeprom.request;
         silent_ = 0;
         std::size_t read = 0;
         Gaps gaps;
         for (image.clear(); image.size() < size; bar.Advance()) {
             const std::size_t at = image.size();
-            Bytes payload = Word(static_cast<int>(at));
-            if (wide) {
-                payload.insert(payload.begin(), 2, 0);
-            }
-            payload.push_back(kPiece);
+            const auto payload = eeprom
+                                     ? EepromRequest(dump_.firmware, static_cast<int>(at), kPiece)
+                                     : RamRequest(static_cast<int>(at), kPiece);
             const auto piece = Ask(query, payload, kPiece);
             if (piece) {
                 image.insert(image.end(), piece->begin(), piece->end());

@@ -17,6 +17,10 @@ struct StateName {
     const char* meaning;  // "ready"
 };
 
+// The register asks the host for a check.
+constexpr int kSaleCode = 0xA1;
+constexpr int kSaleBarcode = 0xA3;
+
 // All states, in the order of their codes.
 const std::vector<StateName>& States();
 // Null when there is no such state.
@@ -40,13 +44,18 @@ struct RegisterCounters {
 struct RegisterLook {
     RegisterState state;
     std::optional<RegisterCounters> counters;  // nothing: they did not come
+    // Asked for only where the state leaves them open; nothing also when they did not come.
+    std::optional<int> open_lines = std::nullopt;  // of a check that is open
+    std::optional<int> section = std::nullopt;
 };
 
 // Asks the register by the tool's own line, at 9600 and then at 57600 baud. Nothing when nobody
 // answers or the device cannot be opened. Blocks up to 1 s on a silent line.
 std::optional<RegisterLook> LookAtRegister(const Address& address);
 
-// Code, name and meaning, and the state's own figures.
-std::vector<Figure> StateAsFigures(const RegisterState& state);
+// Code, name and meaning.
+std::string StateText(int code);
+// The same as figures, with the state's own.
+std::vector<Figure> StateAsFigures(const RegisterLook& look);
 
 }  // namespace kkm

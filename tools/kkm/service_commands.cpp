@@ -11,16 +11,35 @@ namespace kkm {
 namespace {
 
 constexpr std::size_t kLongestText = 16;
+constexpr int kLastWithLockAsState = 302;
+
+ExitStatus Done(const std::string& what, bool as_json, Streams& streams) {
+    streams.out << (as_json ? FiguresAsJson({TextFigure("done", "", what)}) : what + "\n")
+                << std::flush;
+    return ExitStatus::done;
+}
+
+// The driver cancels what is open when it gets ready for a check. A reset alone would have the
+// register print a check that it is closing.
+int CancelWhatIsOpen() {
+    if (CheckClose() != 0) {
+        return 1;
+    }
+    if (GetErrorCode() != echRegKass) {
+        return 0;
+    }
+    // A lock is in the way. By now the check behind it is out of its closing, and the reset ends no
+    // more than the lock.
+    return CheckCancel() != 0 && CheckClose() != 0 ? 1 : 0;
+}
 
 // Connects, does it, and says so.
-ExitStatus RunService(const Address& address, const std::function<int()>& serve,
+ExitStatus RunService(const Address& address, const std::function<int(Connection&)>& serve,
                       const std::string& done, bool as_json, Streams& streams) {
     try {
-        const Connection connection(address);
-        Require(serve(), ExitStatus::refused, "the register did not do it");
-        streams.out << (as_json ? FiguresAsJson({TextFigure("done", "", done)}) : done + "\n")
-                    << std::flush;
-        return ExitStatus::done;
+        Connection connection(address);
+        Require(serve(connection), ExitStatus::refused, "the register did not do it");
+        return Done(done, as_json, streams);
     } catch (const RegisterFailure& failure) {
         return Report(failure, as_json, streams);
     }
@@ -43,29 +62,49 @@ ExitStatus RunText(const Address& address, const std::string& text, bool as_json
                     << FromRegisterText(line.bytes.substr(0, kLongestText)) << std::endl;
     }
     return RunService(
-        address, [&] { return KKMPrintStr(line.bytes.data()); }, "the line is printed", as_json,
-        streams);
+        address, [&](Connection&) { return KKMPrintStr(line.bytes.data()); }, "the line is printed",
+        as_json, streams);
 }
 
 ExitStatus RunFeed(const Address& address, int times, bool as_json, Streams& streams) {
     return RunService(
-        address, [times] { return Feed(times); }, "the paper is fed", as_json, streams);
+        address, [times](Connection&) { return Feed(times); }, "the paper is fed", as_json,
+        streams);
 }
 
 ExitStatus RunLock(const Address& address, bool as_json, Streams& streams) {
-    return RunService(address, Lock, "the keyboard is locked", as_json, streams);
+    const auto lock = [](Connection& connection) {
+        // Here the lock is a state, and the reset of the leaving would end it.
+        if (Firmware() <= kLastWithLockAsState) {
+            connection.Leave(Connection::Leaving::as_it_is);
+        }
+        return Lock();
+    };
+    return RunService(address, lock, "the keyboard is locked", as_json, streams);
 }
 
 ExitStatus RunUnlock(const Address& address, bool as_json, Streams& streams) {
-    return RunService(address, UnLock, "the keyboard is unlocked", as_json, streams);
+    return RunService(
+        address, [](Connection&) { return UnLock(); }, "the keyboard is unlocked", as_json,
+        streams);
 }
 
 ExitStatus RunDisplayClear(const Address& address, bool as_json, Streams& streams) {
-    return RunService(address, ClearIndicator, "the display is cleared", as_json, streams);
+    return RunService(
+        address, [](Connection&) { return ClearIndicator(); }, "the display is cleared", as_json,
+        streams);
 }
 
 ExitStatus RunCancel(const Address& address, bool as_json, Streams& streams) {
-    return RunService(address, CheckCancel, "the register's state is reset", as_json, streams);
+    try {
+        Connection connection(address, Connection::Leaving::as_it_is);
+        Require(CancelWhatIsOpen(), ExitStatus::refused,
+                "what is open could not be cancelled and is left as it is");
+        connection.Leave(Connection::Leaving::reset);
+        return Done("nothing is open; the register's state is reset", as_json, streams);
+    } catch (const RegisterFailure& failure) {
+        return Report(failure, as_json, streams);
+    }
 }
 
 }  // namespace kkm

@@ -148,6 +148,20 @@ void AddCheckOut(List& list) {
                static_cast<double>(list.data().Flag(12) ? discount : -discount));
 }
 
+// A register that asks for a check does not send these along: the driver asks for them, too.
+void AddPlaceOfSale(const RegisterLook& look, std::vector<Figure>& figures) {
+    if (look.counters) {
+        figures.push_back(NumberFigure("document", "document", look.counters->tape));
+        figures.push_back(NumberFigure("position", "position", look.counters->checks + 1));
+    }
+    if (look.open_lines) {
+        figures.push_back(NumberFigure("sale", "sale", *look.open_lines));
+    }
+    if (look.section) {
+        figures.push_back(NumberFigure("section", "section", *look.section));
+    }
+}
+
 }  // namespace
 
 const std::vector<StateName>& States() {
@@ -183,14 +197,14 @@ std::vector<Figure> FiguresOfState(int code, const Bytes& bytes) {
     List list(bytes);
     const Data& data = list.data();
     switch (code) {
-        case 0xA1:
+        case kSaleCode:
             list.Goods(0).Department(2).EnteredQuantity(4, data.Flag(3)).Marked(6);
             break;
         case 0xA2:
             AddLine(list, 1);
             list.Money("sum", "sum", LineSum(data));
             break;
-        case 0xA3:
+        case kSaleBarcode:
             list.Department(0).EnteredQuantity(2, data.Flag(1)).Marked(4);
             list.Text("barcode", "bar code", 6, static_cast<std::size_t>(data.Byte(5)));
             break;
@@ -236,20 +250,27 @@ std::vector<Figure> FiguresOfState(int code, const Bytes& bytes) {
     return list.Take();
 }
 
-std::vector<Figure> StateAsFigures(const RegisterState& state) {
+std::string StateText(int code) {
+    char number[8];
+    std::snprintf(number, sizeof number, "0x%02X", static_cast<unsigned>(code));
+    const StateName* const known = StateOfCode(code);
+    return std::string(number) + " " +
+           (known != nullptr ? std::string(known->name) + ": " + known->meaning : "unknown");
+}
+
+std::vector<Figure> StateAsFigures(const RegisterLook& look) {
+    const RegisterState& state = look.state;
     const StateName* const known = StateOfCode(state.code);
-    const std::string name = known != nullptr ? known->name : "unknown";
-    char code[8];
-    std::snprintf(code, sizeof code, "0x%02X", static_cast<unsigned>(state.code));
     std::vector<Figure> figures = {
-        {"state", "state",
-         std::string(code) + " " + name +
-             (known != nullptr ? std::string(": ") + known->meaning : ""),
-         name},
+        {"state", "state", StateText(state.code), known != nullptr ? known->name : "unknown"},
         {"state_code", "", "", state.code},
         NumberFigure("baud", "baud", state.baud),
     };
-    for (Figure& figure : FiguresOfState(state.code, state.data)) {
+    auto of_state = FiguresOfState(state.code, state.data);
+    if (state.code == kSaleCode || state.code == kSaleBarcode) {
+        AddPlaceOfSale(look, of_state);
+    }
+    for (Figure& figure : of_state) {
         figure.key = "state_" + figure.key;
         figure.label = "  " + figure.label;
         figures.push_back(std::move(figure));

@@ -27,7 +27,7 @@ std::vector<Figure> Seen(const std::optional<RegisterLook>& look) {
     if (!look) {
         return {{"state", "state", "no answer", nullptr}};
     }
-    std::vector<Figure> figures = StateAsFigures(look->state);
+    std::vector<Figure> figures = StateAsFigures(*look);
     if (look->counters) {
         figures.push_back(NumberFigure("tape_number", "control tape", look->counters->tape));
         figures.push_back(NumberFigure("checks", "checks", look->counters->checks));
