@@ -352,7 +352,8 @@ VESK_API int GetSaleNum(int* number);
 /// @endcode
 /// @see GetSaleNum() PrintCheck()
 VESK_API int GetCheckCount(int* count);
-/// Reads the grand total. That of the closed shifts and of the records of the control tape.
+/// Reads the grand total. That of the closed shifts, and the sales and credits on the control tape;
+/// returns are not taken off.
 /// @param total currency units
 /// @par Time
 /// 2 exchanges and one for each record of the control tape, each tried up to 20 times.
@@ -362,7 +363,7 @@ VESK_API int GetNI(double* total);
 /// @param number the number, 0 when it does not begin with a digit
 /// @see GetKKMVers()
 VESK_API int GetKKMNum(int* number);
-/// Adds up a kind of payment over the control tape.
+/// Adds up a kind of payment over the control tape. Returns are taken off.
 /// @param which counted from 1, which is cash
 /// @param sum currency units
 /// @par Time
