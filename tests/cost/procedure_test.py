@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Holds checks of every firmware version against the procedure: every exchange and every millisecond
-of waiting, in virtual time.
+"""Holds checks of every firmware version against the procedure: every exchange and every
+millisecond of waiting, in virtual time.
 
   procedure_test.py PROGRAM
 
@@ -34,7 +34,8 @@ def notice_what_is_planted():
     status_twice = recorded[:5] + [recorded[4]] + recorded[5:]
     planted = {"nothing": (waited, recorded, 0), "a millisecond": (waited + 1, recorded, 1),
                "a pause less": (waited - 10, recorded, 1),
-               "an exchange": (waited, status_twice, 1), "an exchange less": (waited, recorded[1:], 1)}
+               "an exchange": (waited, status_twice, 1),
+               "an exchange less": (waited, recorded[1:], 1)}
     for what, (ms, exchanges, faults) in planted.items():
         if len(faults_of(steps, ms, exchanges)) != faults:
             sys.exit(f"{what} planted: {faults_of(steps, ms, exchanges)}")
@@ -46,8 +47,8 @@ def main():
     for firmware in FIRMWARES:
         for lines in LINES:
             with tempfile.TemporaryDirectory() as folder:
-                printed = subprocess.run([program, str(firmware), str(lines)], cwd=folder, text=True,
-                                         check=True, stdout=subprocess.PIPE).stdout
+                printed = subprocess.run([program, str(firmware), str(lines)], cwd=folder,
+                                         text=True, check=True, stdout=subprocess.PIPE).stdout
             for row in printed.splitlines():
                 what, *pairs = row.split()
                 row = dict(pair.split("=", 1) for pair in pairs)
