@@ -250,15 +250,22 @@ def main():
     unknown = set(parts) - set(PARTS)
     if unknown:
         sys.exit(f"scripts/bench does not know {', '.join(unknown)}; it knows {', '.join(PARTS)}")
-    results = machine() + earlier(path, parts)
+    os.makedirs(os.path.dirname(path) or ".", exist_ok=True)
+    here, failed = machine(), []
     for part in parts:
         begin = time.monotonic()
-        lines = PARTS[part](words)
+        try:
+            lines = PARTS[part](words)
+        except SystemExit as fault:  # the other parts shall not be lost for it
+            print(f"== cannot measure {part}: {fault}", flush=True)
+            failed.append(part)
+            continue
         print(f"== measured {part} in {time.monotonic() - begin:.0f} s", flush=True)
-        results += [f"{part} {line}" for line in lines]
-    os.makedirs(os.path.dirname(path) or ".", exist_ok=True)
-    with open(path, "w", encoding="utf-8") as file:
-        file.writelines(line + "\n" for line in results)
+        results = here + earlier(path, [part]) + [f"{part} {line}" for line in lines]
+        with open(path, "w", encoding="utf-8") as file:
+            file.writelines(line + "\n" for line in results)
+    if failed:
+        sys.exit(f"not measured: {', '.join(failed)}; what was there of them before stays")
 
 
 if __name__ == "__main__":

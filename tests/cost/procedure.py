@@ -97,6 +97,18 @@ def required_ms(steps, baud):
     return total
 
 
+def sent_at_ms(steps):
+    """When each request may go out at the earliest, on a line whose bytes take no time."""
+    now, times = 0, []
+    for step in steps:
+        if isinstance(step, Exchange):
+            times.append(now + PAUSE)
+            now += PAUSE + PAUSE + step.pause
+        else:
+            now += step
+    return times
+
+
 def parse(text):
     """What a program recorded: "20:5:12,0A:5:16", command, bytes of request and of answer."""
     recorded = []
