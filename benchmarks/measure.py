@@ -229,7 +229,7 @@ PARTS = {
     "failure": failures,
     "load": each(loading),
     "pure": each(pure),
-    "growth": each(lambda word: run(program(word, "growth_bench"))),
+    "growth": each(lambda word: steadily(program(word, "growth_bench"))),
     "peer": each(peer),
     "cost": each(costs),
 }
