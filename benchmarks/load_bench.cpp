@@ -1,6 +1,7 @@
-// Loading and unloading of the library, in a program that has the C++ library already.
+// Loading and unloading of the library, in a program that has the C++ library already, and beside
+// it those of a library with nothing in it.
 //
-//   load_bench LIBRARY TIMES
+//   load_bench LIBRARY EMPTY_LIBRARY TIMES
 #include <dlfcn.h>
 
 #include <cstdio>
@@ -60,25 +61,33 @@ void* Load(const char* library) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 3) {
-        std::fprintf(stderr, "usage: %s LIBRARY TIMES\n", argv[0]);
+    if (argc != 4) {
+        std::fprintf(stderr, "usage: %s LIBRARY EMPTY_LIBRARY TIMES\n", argv[0]);
         return 2;
     }
     const char* const library = argv[1];
     const char* const name = std::strrchr(library, '/') + 1;
+    dlclose(Load(library));  // from the disk, perhaps
+    dlclose(Load(argv[2]));
     bench::Runs load;
     bench::Runs unload;
-    for (int i = 0; i < std::atoi(argv[2]); ++i) {
+    bench::Runs null_load;
+    bench::Runs null_unload;
+    for (int i = 0; i < std::atoi(argv[3]); ++i) {
         void* handle = nullptr;
         load.Time([&] { handle = Load(library); });
         unload.Time([&] { dlclose(handle); });
+        null_load.Time([&] { handle = Load(argv[2]); });
+        null_unload.Time([&] { dlclose(handle); });
     }
     Load(library);
     const Memory memory = MemoryOf(name);
-    std::printf("word=%zu times=%s private=%ld dirty=%ld mapped=%ld", sizeof(void*) * 8, argv[2],
+    std::printf("word=%zu times=%s private=%ld dirty=%ld mapped=%ld", sizeof(void*) * 8, argv[3],
                 memory.private_kb, memory.dirty_kb, memory.mapped_kb);
     load.Print("load_");
     unload.Print("unload_");
+    null_load.Print("null_load_");
+    null_unload.Print("null_unload_");
     std::printf("\n");
     return 0;
 }

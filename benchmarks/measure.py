@@ -1,25 +1,40 @@
-"""Runs the benchmarks and writes docs/performance/results.txt: one measurement in each line, the
-kind of it first, then name=value. Called by scripts/bench with the parts to measure (or "all"), with
-commas between them, and then the presets. The part "again" measures those exchanges again which a
-busy machine has disturbed."""
+"""Runs the benchmarks and writes one measurement in each line of a file, the kind of it first, then
+name=value. Called by scripts/bench:
+
+  measure.py [--short] RESULTS PARTS PRESET...
+
+PARTS are "all" or some of those at the end of this file, with commas between them; what RESULTS
+holds of the others stays. --short: a few times each."""
 import json
 import os
 import platform
 import subprocess
 import sys
 import tempfile
+import time
 from concurrent.futures import ThreadPoolExecutor
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
-RESULTS = os.path.join(ROOT, "docs", "performance", "results.txt")
 COST_TEST = os.path.join(ROOT, "tests", "cost", "cost_test.py")
+sys.path.insert(0, os.path.dirname(COST_TEST))
+import procedure  # noqa: E402
+
+SHORT = "--short" in sys.argv
 FIRMWARES = (301, 302, 303, 310, 400)
-TIMES = {57600: 300, 9600: 100}  # baud: times
-EXCHANGES = ("reset", "statistics", "status_32", "sale", "largest")
-# An exchange is measured again while a busy machine delays driver or null run.
-ROUNDS = 5
+EXCHANGES = ("reset", "statistics", "status_33", "sale", "largest")
+TIMES = {57600: 20, 9600: 5} if SHORT else {57600: 200, 9600: 100}  # baud: times
+# An exchange that a busy machine disturbed is measured again, as long as there is time left for it.
 QUIET_MS = 0.5
-CHECKS = {1: 5, 4: 5, 18: 3}  # lines: times
+ROUNDS = 6
+MORE_ROUNDS_S = 0 if SHORT else 150
+# baud, lines, times
+CHECKS = (((57600, 1, 1),) if SHORT else
+          ((57600, 18, 3), (9600, 4, 3), (57600, 4, 5), (57600, 1, 5)))
+PLANTED_US = 1000
+# Checks and failures sleep nearly all the time and do not disturb one another.
+AT_ONCE = 20
+FAILURES = 1 if SHORT else 10
+LOADS = 50 if SHORT else 500
 
 
 def program(word, name):
@@ -38,10 +53,14 @@ def run(*command):
 
 
 def steadily(*command):
-    """The same with real-time priority, where the system grants it: other work then disturbs less."""
+    """The same with real-time priority, where the system grants it: other work disturbs less."""
     granted = subprocess.run(["chrt", "-f", "10", "true"], check=False,
                              stderr=subprocess.DEVNULL).returncode == 0
     return run(*(("chrt", "-f", "10") if granted else ()), *command)
+
+
+def pairs(line):
+    return dict(pair.split("=", 1) for pair in line.split() if "=" in pair)
 
 
 def machine():
@@ -58,68 +77,120 @@ def machine():
 
 
 def lateness(line):
-    row = dict(pair.split("=", 1) for pair in line.split())
+    row = pairs(line)
     return max(float(row["p99"]), float(row["null_p99"])) - float(row["floor"])
 
 
-def quietest(word, baud, exchange, rounds):
-    """The round that was disturbed least, of those there are and as many more as it takes."""
-    rounds, most = list(rounds), len(rounds) + ROUNDS
-    while len(rounds) < most and (not rounds or min(map(lateness, rounds)) > QUIET_MS):
-        rounds += steadily(program(word, "exchange_bench"), baud, TIMES[baud], exchange)
-    return min(rounds, key=lateness)
+def exchanges(words):
+    """Of several rounds the one that was disturbed least."""
+    rounds = {}
+
+    def measure(key):
+        word, baud, exchange = key
+        rounds.setdefault(key, []).extend(
+            steadily(program(word, "exchange_bench"), baud, TIMES[baud], exchange))
+
+    for word in words:
+        for baud in TIMES:
+            for exchange in EXCHANGES:
+                measure((word, baud, exchange))
+    end = time.monotonic() + MORE_ROUNDS_S
+    while time.monotonic() < end:
+        disturbed = {key: min(map(lateness, lines)) for key, lines in rounds.items()
+                     if len(lines) < ROUNDS}
+        if not disturbed or max(disturbed.values()) <= QUIET_MS:
+            break
+        measure(max(disturbed, key=disturbed.get))
+    return [f"{min(lines, key=lateness)} rounds={len(lines)}" for lines in rounds.values()]
 
 
-def exchanges(word):
-    return [quietest(word, baud, exchange, []) for baud in TIMES for exchange in EXCHANGES]
+def judged(lines, steps_of, baud):
+    """One line of a program that printed each of its runs before: held against the procedure."""
+    runs, summary, ratios = [pairs(line) for line in lines[:-1]], lines[-1], []
+    unasked, missing = [], []
+    for row in runs:
+        recorded = procedure.parse(row["exchanges"])
+        steps = steps_of(row["first"] == "1")
+        more, less = procedure.compare(steps, recorded)
+        unasked += more
+        missing += less
+        required = procedure.required_ms(steps, baud)
+        if row["first"] == "0":
+            ratios.append(float(row["wall"]) / required)
+    for text in unasked:
+        print(f"nobody asks for {text}: {summary}", file=sys.stderr)
+    for text in missing:
+        print(f"missing {text}: {summary}", file=sys.stderr)
+    ratios.sort()
+    commands = [command for command, _, _ in recorded]
+    counts = " ".join(f"0x{command:02X}={commands.count(command)}"
+                      for command in sorted(set(commands)))
+    return (f"{summary} must={required:.3f} ratio={ratios[len(ratios) // 2]:.5f} "
+            f"worst={ratios[-1]:.5f} exchanges={len(recorded)} "
+            f"required={len(procedure.exchanges(steps))} unasked={len(unasked)} "
+            f"missing={len(missing)} {counts}")
 
 
-def exchanges_again(word):
-    """What is there, with more rounds for those that no round has been quiet for."""
-    size = "64" if word == "native" else "32"
+def one_check(word, firmware, baud, lines, times, *planted):
+    return judged(steadily(program(word, "check_bench"), firmware, baud, lines, times, *planted),
+                  lambda first: procedure.check(procedure.Till(firmware, lines, first=first)), baud)
+
+
+def checks(words):
+    with ThreadPoolExecutor(AT_ONCE) as pool:
+        jobs = [pool.submit(one_check, word, firmware, *check)
+                for check in CHECKS for word in words for firmware in FIRMWARES]
+        planted = [pool.submit(one_check, word, 303, 57600, 1, 1, PLANTED_US) for word in words]
+        rows = sorted((job.result() for job in jobs), key=check_order)
+        return rows + [f"{job.result()} planted={PLANTED_US}" for job in planted]
+
+
+def check_order(line):
+    row = pairs(line)
+    return (-int(row["word"]), -int(row["baud"]), int(row["firmware"]), int(row["lines"]))
+
+
+def failures(words):
+    def of_word(word):
+        lines = steadily(program(word, "failing_bench"), FAILURES)
+        done = []
+        for line in lines[:-2 - FAILURES]:
+            row = pairs(line)
+            must = float(row["must"])
+            done.append(f"{line} ratio={float(row['p50']) / must:.5f} "
+                        f"worst={float(row['max']) / must:.5f}")
+        return done + [judged(lines[-2 - FAILURES:], lambda first: procedure.refused_line(
+            procedure.Till(303, 1, first=first)), 57600)]
+
+    with ThreadPoolExecutor(len(words)) as pool:
+        return [line for lines in pool.map(of_word, words) for line in lines]
+
+
+def figures(word, command):
     lines = []
-    for line in earlier({part for part in PARTS if part != "exchange"}):
-        row = dict(pair.split("=", 1) for pair in line.split()[1:])
-        if row["word"] == size:
-            lines.append(quietest(word, int(row["baud"]), row["exchange"],
-                                  [line.partition(" ")[2]]))
+    for line in run(*command):
+        if line.startswith("skipped"):
+            sys.exit(line)
+        scenario, name, figure = line.split()
+        lines.append(f"word={word} scenario={scenario} name={name} figure={figure}")
     return lines
-
-
-def checks(word):
-    def of_firmware(firmware):
-        return [line for lines, times in CHECKS.items()
-                for line in steadily(program(word, "check_bench"), firmware, lines, times)]
-    # They sleep nearly all the time and disturb one another less than they would take in a row.
-    with ThreadPoolExecutor(len(FIRMWARES)) as pool:
-        return [line for lines in pool.map(of_firmware, FIRMWARES) for line in lines]
 
 
 def costs(word):
     cost_program = os.path.join(ROOT, "build", word, "tests", "cost", "cost_program")
     library = os.path.join(ROOT, "build", word, "libVeskTarvoM5.so")
-    lines = []
-    for measure in ("instructions", "calls", "system", "library"):
-        measured = library if measure == "library" else cost_program
-        for line in run(sys.executable, COST_TEST, measured, word, measure, "--print"):
-            if line.startswith("skipped"):
-                sys.exit(line)
-            scenario, name, figure = line.split()
-            lines.append(f"word={word} scenario={scenario} name={name} figure={figure}")
-    return lines
+    return [line for measure in ("instructions", "calls", "system", "library")
+            for line in figures(word, (sys.executable, COST_TEST,
+                                       library if measure == "library" else cost_program,
+                                       word, measure, "--print"))]
 
 
 def peer(word):
     path = program(word, "modbus_peer")
     if not os.path.exists(path):
         return []
-    lines = []
-    for command in ((sys.executable, COST_TEST, path, word, "instructions", "--print"),
-                    (path, "--time")):
-        for line in run(*command):
-            scenario, name, figure = line.split()
-            lines.append(f"word={word} scenario={scenario} name={name} figure={figure}")
-    return lines
+    return (figures(word, (sys.executable, COST_TEST, path, word, "instructions", "--print"))
+            + figures(word, (path, "--time")))
 
 
 def loading(word):
@@ -128,14 +199,16 @@ def loading(word):
         stripped = os.path.join(folder, "libVeskTarvoM5.so.1")
         subprocess.run(["strip", "-o", stripped, library], check=True)
         os.sync()  # pages that are not on the disk yet would count as written by the process
-        return run(program(word, "load_bench"), stripped, 500)
+        return steadily(program(word, "load_bench"), stripped, program(word, "libempty_library.so"),
+                        LOADS)
 
 
 def pure(word):
     path = program(word, "pure_bench")
     if not os.path.exists(path):
         return []
-    report = json.loads("\n".join(run(path, "--benchmark_format=json")))
+    options = ["--benchmark_min_time=0.02"] if SHORT else []
+    report = json.loads("\n".join(run(path, "--benchmark_format=json", *options)))
     lines = []
     for row in report["benchmarks"]:
         name = row["name"].replace(" ", "_")
@@ -146,42 +219,53 @@ def pure(word):
     return lines
 
 
+def each(measure):
+    return lambda words: [line for word in words for line in measure(word)]
+
+
 PARTS = {
     "exchange": exchanges,
     "check": checks,
-    "cost": costs,
-    "peer": peer,
-    "pure": pure,
-    "growth": lambda word: run(program(word, "growth_bench")),
-    "load": loading,
-    "failure": lambda word: steadily(program(word, "failing_bench"), 10),
+    "failure": failures,
+    "load": each(loading),
+    "pure": each(pure),
+    "growth": each(lambda word: steadily(program(word, "growth_bench"))),
+    "peer": each(peer),
+    "cost": each(costs),
 }
 
 
-def earlier(parts):
+def earlier(path, parts):
     """Lines of the other parts, as they were measured before."""
-    if not os.path.exists(RESULTS):
+    if not os.path.exists(path):
         return []
-    with open(RESULTS, encoding="utf-8") as file:
+    with open(path, encoding="utf-8") as file:
         return [line.rstrip("\n") for line in file
                 if line.split()[0] not in parts and line.split()[0] != "machine"]
 
 
 def main():
-    parts, words = sys.argv[1].split(","), sys.argv[2:]
-    if parts == ["all"]:
-        parts = list(PARTS)
-    measures = {part: PARTS[part] for part in parts if part != "again"}
-    if "again" in parts:
-        measures["exchange"] = exchanges_again
-    results = machine() + earlier(measures)
-    for part, measure in measures.items():
-        for word in words:
-            print(f"== measuring {part}, {word}", flush=True)
-            results += [f"{part} {line}" for line in measure(word)]
-    os.makedirs(os.path.dirname(RESULTS), exist_ok=True)
-    with open(RESULTS, "w", encoding="utf-8") as file:
-        file.writelines(line + "\n" for line in results)
+    path, parts, *words = [word for word in sys.argv[1:] if word != "--short"]
+    parts = list(PARTS) if parts == "all" else parts.split(",")
+    unknown = set(parts) - set(PARTS)
+    if unknown:
+        sys.exit(f"scripts/bench does not know {', '.join(unknown)}; it knows {', '.join(PARTS)}")
+    os.makedirs(os.path.dirname(path) or ".", exist_ok=True)
+    here, failed = machine(), []
+    for part in parts:
+        begin = time.monotonic()
+        try:
+            lines = PARTS[part](words)
+        except SystemExit as fault:  # the other parts shall not be lost for it
+            print(f"== cannot measure {part}: {fault}", flush=True)
+            failed.append(part)
+            continue
+        print(f"== measured {part} in {time.monotonic() - begin:.0f} s", flush=True)
+        results = here + earlier(path, [part]) + [f"{part} {line}" for line in lines]
+        with open(path, "w", encoding="utf-8") as file:
+            file.writelines(line + "\n" for line in results)
+    if failed:
+        sys.exit(f"not measured: {', '.join(failed)}; what was there of them before stays")
 
 
 if __name__ == "__main__":

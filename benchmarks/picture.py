@@ -30,13 +30,26 @@ def _short(number):
     return f"{number:g}"
 
 
+def _nice(value):
+    """The next higher one of 1, 2, 2.5, 5 and their tenfolds."""
+    power = 10.0 ** math.floor(math.log10(value))
+    return next(power * step for step in (1, 2, 2.5, 5, 10) if power * step >= value)
+
+
 def _decades(low, high):
     first, last = math.floor(math.log10(low)), math.ceil(math.log10(high))
     return [10.0 ** power for power in range(first, max(last, first + 1) + 1)]
 
 
+def _dashes(i):
+    """Every second curve leaves gaps, in which one that lies below it can be seen."""
+    return ' stroke-dasharray="6 6"' if i % 2 else ""
+
+
 def curves(title, x_name, y_name, series):
-    """Both axes logarithmic. `series` is (name, [(x, y)]) pairs."""
+    """Both axes logarithmic; 0 stands where 1 would. `series` is (name, [(x, y)]) pairs."""
+    from_zero = any(x == 0 for _, points in series for x, _ in points)
+    series = [(name, [(max(x, 1), y) for x, y in points]) for name, points in series]
     xs = [x for _, points in series for x, _ in points]
     ys = [y for _, points in series for _, y in points]
     x_ticks, y_ticks = _decades(min(xs), max(xs)), _decades(min(ys), max(ys))
@@ -50,7 +63,7 @@ def curves(title, x_name, y_name, series):
     for tick in x_ticks:
         x = place(tick, x_ticks, LEFT, right)
         lines.append(f'<path d="M{x:.1f} {TOP}V{bottom}" stroke="#e4e4e4"/>')
-        lines.append(_text(x, bottom + 18, _short(tick)))
+        lines.append(_text(x, bottom + 18, "0" if from_zero and tick == 1 else _short(tick)))
     for tick in y_ticks:
         y = place(tick, y_ticks, bottom, TOP)
         lines.append(f'<path d="M{LEFT} {y:.1f}H{right}" stroke="#e4e4e4"/>')
@@ -64,22 +77,23 @@ def curves(title, x_name, y_name, series):
                   for x, y in points]
         path = " ".join(f"{x:.1f},{y:.1f}" for x, y in places)
         lines.append(f'<polyline points="{path}" fill="none" stroke="{colour}" '
-                     f'stroke-width="2"/>')
+                     f'stroke-width="2"{_dashes(i)}/>')
         lines += [f'<circle cx="{x:.1f}" cy="{y:.1f}" r="3" fill="{colour}"/>' for x, y in places]
         y = TOP + 14 + 16 * i
-        lines.append(f'<path d="M{LEFT + 12} {y - 4}h18" stroke="{colour}" stroke-width="2"/>')
+        lines.append(f'<path d="M{LEFT + 12} {y - 4}h18" stroke="{colour}" '
+                     f'stroke-width="2"{_dashes(i)}/>')
         lines.append(_text(LEFT + 36, y, name, "start"))
     return "\n".join(lines + ["</svg>", ""])
 
 
-def bars(title, y_name, groups, series, highest=None):
-    """`series` is (name, [value for each group]) pairs; what exceeds `highest` is cut and told."""
+def bars(title, y_name, groups, series):
+    """`series` is (name, [value for each group]) pairs."""
     right, bottom = WIDTH - RIGHT, HEIGHT - BOTTOM
-    top_value = highest or max(value for _, values in series for value in values) * 1.1
+    top_value = _nice(max(value for _, values in series for value in values))
     lines = _start(title)
     for step in range(6):
         value = top_value * step / 5
-        y = bottom - (bottom - TOP - 24) * step / 5
+        y = bottom - (bottom - TOP) * step / 5
         lines.append(f'<path d="M{LEFT} {y:.1f}H{right}" stroke="#e4e4e4"/>')
         lines.append(_text(LEFT - 6, y + 4, f"{value:.2f}", "end"))
     lines.append(_text(16, (TOP + bottom) / 2, y_name,
@@ -89,13 +103,10 @@ def bars(title, y_name, groups, series, highest=None):
     for g, group in enumerate(groups):
         lines.append(_text(LEFT + room * (g + 0.5), bottom + 18, group))
         for i, (_, values) in enumerate(series):
-            shown = max(min(values[g], top_value), 0)
-            height = (bottom - TOP - 24) * shown / top_value
+            height = (bottom - TOP) * max(values[g], 0) / top_value
             x = LEFT + room * (g + 0.1) + width * i
             lines.append(f'<rect x="{x:.1f}" y="{bottom - height:.1f}" width="{width - 1:.1f}" '
                          f'height="{height:.1f}" fill="{COLOURS[i % len(COLOURS)]}"/>')
-            if values[g] > top_value:
-                lines.append(_text(x + width / 2, bottom - height - 3, f"{values[g]:.1f}"))
     for i, (name, _) in enumerate(series):
         x = LEFT + 8 + i * (right - LEFT) / len(series)
         colour = COLOURS[i % len(COLOURS)]

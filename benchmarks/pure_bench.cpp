@@ -2,6 +2,8 @@
 // those grow that depend on a size. For machines with Google Benchmark.
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
+
 #include "engine/check.h"
 #include "protocol/frame.h"
 #include "protocol/kl_sale.h"
@@ -21,6 +23,18 @@ sale GoodsLine() {
     line.count = 2;
     return line;
 }
+
+// The null run beside the others: so many bytes copied.
+void CopyOfBytes(benchmark::State& state) {
+    const Bytes from(static_cast<std::size_t>(state.range(0)), 1);
+    Bytes to(from.size());
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(to.data());
+        std::copy(from.begin(), from.end(), to.begin());
+        benchmark::ClobberMemory();
+    }
+}
+BENCHMARK(CopyOfBytes)->Arg(1)->Arg(200);
 
 // A request of so many payload bytes, made and framed.
 void RequestFrame(benchmark::State& state) {

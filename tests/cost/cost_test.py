@@ -6,8 +6,8 @@
   cost_test.py PROGRAM WORD MEASURE --print    prints "scenario name figure" lines
 
 WORD is i386 or native, MEASURE one of: instructions (callgrind), calls (heap allocations and the
-calls that the driver makes on the line), system (strace on a real tty, with the calls that write the
-trace files apart), library (PROGRAM is the driver's library: bytes when stripped, relocations).
+calls that the driver makes on the line), system (strace on a real tty, with the calls that write
+the trace files apart), library (PROGRAM is the driver's library: bytes when stripped, relocations).
 """
 import os
 import re

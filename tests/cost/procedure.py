@@ -1,6 +1,6 @@
 """The procedure of a check, as a list of exchanges and pauses: what has to be exchanged with the
-register and how long has to be waited, whatever the driver does. Written from the register's protocol
-and not from the driver; tests/cost/procedure_test.py and benchmarks/ hold the driver against it."""
+register and how long has to be waited, whatever the driver does. Written from the register's
+protocol and not from the driver; procedure_test.py and benchmarks/ hold the driver against it."""
 from collections import namedtuple
 
 # Milliseconds before every request, and from there to the first look for its answer.
@@ -86,7 +86,8 @@ def frame_bytes(exchange):
 
 def required_ms(steps, baud):
     """The least time it can take; `baud` None: on a line whose bytes take no time."""
-    byte_ms = 10 * 1000000 // baud / 1e3 if baud else 0  # whole microseconds, as the register has it
+    # Whole microseconds, as the virtual register has it.
+    byte_ms = 10 * 1000000 // baud / 1e3 if baud else 0
     total = 0
     for step in steps:
         if isinstance(step, Exchange):
@@ -94,6 +95,18 @@ def required_ms(steps, baud):
         else:
             total += step
     return total
+
+
+def sent_at_ms(steps):
+    """When each request may go out at the earliest, on a line whose bytes take no time."""
+    now, times = 0, []
+    for step in steps:
+        if isinstance(step, Exchange):
+            times.append(now + PAUSE)
+            now += PAUSE + PAUSE + step.pause
+        else:
+            now += step
+    return times
 
 
 def parse(text):

@@ -3,7 +3,7 @@
 //
 //   procedure_program FIRMWARE LINES
 //
-//   check first=1 waited_ms=4400 exchanges=20:5:12,0A:5:16,...
+//   check first=1 waited_ms=4400 sent_at_ms=10,30,... exchanges=20:5:12,0A:5:16,...
 //
 // The first check has to ask for the section, the second has not. Then the same for a check whose
 // line the register refuses.
@@ -38,9 +38,20 @@ class RecordingRegister : public cost::LocalRegister {
         std::snprintf(one, sizeof one, "%s%02X:%zu:%zu", record.empty() ? "" : ",", bytes[3], count,
                       pending_.size());
         record += one;
+        std::snprintf(one, sizeof one, "%s%g", times.empty() ? "" : ",",
+                      static_cast<double>(now_us - begin_us) / 1e3);
+        times += one;
+    }
+
+    void Begin() {
+        record.clear();
+        times.clear();
+        begin_us = cost::NowUs();
     }
 
     std::string record;
+    std::string times;  // of the requests
+    std::int64_t begin_us = 0;
 };
 
 void PrintCheckOf(int lines) {
@@ -61,11 +72,11 @@ void PrintInVain(int /*lines*/) {
 
 void Report(RecordingRegister& kkm, const char* what, bool first, int lines, void (*print)(int)) {
     kkm.AskForCheck();
-    kkm.record.clear();
-    const std::int64_t begin = cost::NowUs();
+    kkm.Begin();
     print(lines);
-    std::printf("%s first=%d waited_ms=%g exchanges=%s\n", what, first ? 1 : 0,
-                static_cast<double>(cost::NowUs() - begin) / 1e3, kkm.record.c_str());
+    std::printf("%s first=%d waited_ms=%g sent_at_ms=%s exchanges=%s\n", what, first ? 1 : 0,
+                static_cast<double>(cost::NowUs() - kkm.begin_us) / 1e3, kkm.times.c_str(),
+                kkm.record.c_str());
 }
 
 }  // namespace
