@@ -38,7 +38,8 @@ void tell_tty(const std::string& name) {
     std::cout << "tty " << name << '\n' << std::flush;
 }
 
-// 3 when the host did not say what a recording has it say.
+// 1 when a file of its own could not be written to the end, 3 when the host did not say what a
+// recording has it say.
 int run(const virtual_register::Options& options) {
     if (!options.replay_file.empty()) {
         virtual_register::ReplayService service(options);
@@ -48,7 +49,7 @@ int run(const virtual_register::Options& options) {
     virtual_register::Service service(options);
     tell_tty(service.tty_name());
     service.run(stop);
-    return 0;
+    return service.wrote_everything() ? 0 : 1;
 }
 
 void show_receipt(const virtual_register::ReceiptOptions& options) {

@@ -5,6 +5,7 @@
 #include <CLI/CLI.hpp>
 #include <charconv>
 #include <filesystem>
+#include <iostream>
 #include <string>
 #include <vector>
 
@@ -130,7 +131,7 @@ void add_program_options(CLI::App& app, Options& options) {
     app.add_option("--once", options.once,
                    "End after so many checks, once the host has closed the tty")
         ->type_name("N")
-        ->check(CLI::PositiveNumber.description(""));
+        ->check(CLI::Range(1, 1'000'000).description(""));
     app.add_flag("--quiet", options.quiet, "Show no paper on the standard output");
 }
 
@@ -211,6 +212,9 @@ ParsedOptions parse_options(int argc, char** argv) {
             refuse_beside_replay(app);
         }
     } catch (const CLI::ParseError& error) {
+        if (error.get_exit_code() != 0) {
+            std::cerr << "tarvo-register: ";
+        }
         return {std::nullopt, std::nullopt, app.exit(error)};
     }
     options.cashier = raw.cashier == "auto"     ? Cashier::automatic

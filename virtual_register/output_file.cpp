@@ -7,7 +7,7 @@
 
 namespace virtual_register {
 
-OutputFile::OutputFile(const std::string& path, Mode mode) {
+OutputFile::OutputFile(const std::string& path, Mode mode) : path_(path) {
     if (path == "-") {
         to_ = &std::cerr;
     } else if (!path.empty()) {
@@ -20,9 +20,12 @@ OutputFile::OutputFile(const std::string& path, Mode mode) {
 }
 
 void OutputFile::write(std::string_view text) {
-    if (to_ != nullptr) {
-        *to_ << text << std::flush;
+    if (to_ == nullptr || *to_ << text << std::flush) {
+        return;
     }
+    std::cerr << "tarvo-register: " << path_ << " ends here: " << std::strerror(errno) << std::endl;
+    to_ = nullptr;
+    complete_ = false;
 }
 
 }  // namespace virtual_register

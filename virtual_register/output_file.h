@@ -17,9 +17,13 @@ class OutputFile {
     OutputFile(const std::string& path, Mode mode);
 
     bool is_open() const { return to_ != nullptr; }
+    // Text that cannot be written is told of once, and ends the file: the register goes on.
     void write(std::string_view text);
+    bool complete() const { return complete_; }
 
   private:
+    std::string path_;
+    bool complete_ = true;
     std::ofstream file_;
     std::ostream* to_ = nullptr;
 };

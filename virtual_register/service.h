@@ -30,6 +30,10 @@ class Service {
     // Serves until `stop` is set (by a signal handler), the prompt says quit, or --once is
     // fulfilled.
     void run(const volatile int& stop);
+    // Paper file, log and recording hold all that they should.
+    bool wrote_everything() const {
+        return paper_file_.complete() && log_.complete() && recording_.complete();
+    }
 
   private:
     using Counters = std::pair<std::uint16_t, std::uint16_t>;  // tape number, checks

@@ -12,7 +12,9 @@ The word behind the language of a fenced block says what is done with it:
                 shown     not run: looked through for faults and for programs that are not there
 
 Without such a word a block of C or C++ is a part, one of sh is shown, and one of Python is a fault.
-The @code blocks of the host's header are parts in C.
+The @code blocks of the host's header are parts in C, and the example of the library's man page is a
+program in C, whose /dev/ttyUSB0 is the register. The commands of the programs' man pages are run by
+program_examples_test.py.
 """
 import os
 import re
@@ -56,6 +58,11 @@ def blocks(source):
     for code in re.finditer(r"^/// @code\{\.c\}\n(.*?)^/// @endcode", text, re.S | re.M):
         line = text.count("\n", 0, code.start()) + 1
         yield Block(f"{header.name}:{line}", "c", "part", re.sub(r"^/// ?", "", code[1], flags=re.M))
+    page = source / "docs/man/VeskTarvoM5.7"
+    text = page.read_text(encoding="utf-8")
+    for code in re.finditer(r"^\.Sh EXAMPLES\n\.Bd -literal\n(.*?)^\.Ed", text, re.S | re.M):
+        line = text.count("\n", 0, code.start()) + 1
+        yield Block(f"{page.name}:{line}", "c", "program", code[1].replace("\\e", "\\"))
 
 
 class Tester:
@@ -84,7 +91,8 @@ class Tester:
             text = PART_HEAD[block.language] + "void part(void);\nvoid part(void) {\n"
             self.compiled(block, text + block.text + "}\n", "-fsyntax-only")
         elif block.language in self.compilers:
-            self.compiled(block, block.text, "-o", "example", self.library, "-ldl",
+            text = block.text.replace("/dev/ttyUSB0", self.tty)
+            self.compiled(block, text, "-o", "example", self.library, "-ldl",
                           f"-Wl,-rpath,{self.build}")
             self.run(block, ["./example", self.tty],
                      env=dict(os.environ, LD_LIBRARY_PATH=str(self.build)))
@@ -116,7 +124,7 @@ def main(arguments):
     source, build = Path(arguments[0]).resolve(), Path(arguments[1]).resolve()
     tester = Tester(source, build, *arguments[2:])
     tested, bad = list(blocks(source)), 0
-    assert len(tested) >= 18, len(tested)
+    assert len(tested) >= 19, len(tested)
     with tempfile.TemporaryDirectory() as folder, subprocess.Popen(
             [build / "virtual_register/tarvo-register", "--cashier", "auto", "--quiet"],
             stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, text=True, cwd=folder) as register:

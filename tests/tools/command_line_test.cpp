@@ -57,6 +57,7 @@ TEST_F(CommandLineTest, WrongCommandLinesAreStatus2) {
         {{"--port", "0", "status"}, "--port: Value 0 not in range 1 to 255"},
         {{"--port", "256", "status"}, "--port: Value 256 not in range 1 to 255"},
         {{"--port", "1", "check"}, "FILE is required"},
+        {{"--port", "1", "check", "--firmware", "302", "-"}, "--firmware requires --dry-run"},
         {{"--port", "1", "sell"}, "kkm: there is no command sell ("},
         {{"--port", "1", "tape", "--from", "0"}, "--from: Value 0 not in range 1 to 65535"},
         {{"--port", "1", "display"}, "--clear is required"},

@@ -1,6 +1,8 @@
 // The commands beside check, status and counters.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <fstream>
 #include <sstream>
@@ -205,6 +207,13 @@ TEST_F(CommandsTest, WatchOfADeviceThatIsNotThereEnds) {
     EXPECT_EQ(Kkm({"--device", "/nowhere/tty", "watch"}), 6);
     EXPECT_EQ(out.str(), "");
     EXPECT_EQ(err.str(), "kkm: /nowhere/tty: No such file or directory\n");
+    if (geteuid() != 0) {  // whom no mode keeps out
+        const test::TempDirectory folder;
+        std::ofstream("device").close();
+        ASSERT_EQ(chmod("device", 0), 0);
+        EXPECT_EQ(Kkm({"--device", "device", "watch"}), 6);
+        EXPECT_EQ(err.str(), "kkm: device: Permission denied\n");
+    }
 }
 
 TEST_F(CommandsTest, TapeThatEndsBeforeItBeginsIsAWrongCommandLine) {

@@ -79,5 +79,22 @@ TEST_F(ExplainTest, ExplainsCodesOfEveryKind) {
     EXPECT_THAT(err.str(), HasSubstr("kkm: nonsense is no code of an error, a state or a key"));
 }
 
+TEST_F(ExplainTest, OnlyTheEndOfAHugeTraceIsRetold) {
+    const test::TempDirectory folder;
+    std::ofstream trace("huge.log");
+    trace << "Disconnect - OK";
+    trace.seekp(40 << 20);  // a hole, which costs no disk
+    trace << "Connect -  Linux 1.0.0.0 (win 1.2.13.1)\nConnect - OK\n";
+    trace.close();
+    EXPECT_EQ(Kkm({"explain", "huge.log"}), 0);
+    EXPECT_EQ(out.str(), "connected\n");
+    EXPECT_EQ(err.str(), "kkm: only the last 32 MiB of huge.log are retold\n");
+}
+
+TEST_F(ExplainTest, DirectoryIsNoTrace) {
+    EXPECT_EQ(Kkm({"explain", "/"}), 5);
+    EXPECT_THAT(err.str(), EndsWith("and no file: Is a directory\n"));
+}
+
 }  // namespace
 }  // namespace kkm

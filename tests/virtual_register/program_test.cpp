@@ -310,8 +310,26 @@ TEST_F(TarvoRegister, TellsItsVersion) {
 
 TEST_F(TarvoRegister, OnceIsForOneCheckAtLeast) {
     Program program({"--once", "0"});
-    EXPECT_NE(std::string::npos, program.error_line().find("--once"));
+    EXPECT_EQ("tarvo-register: --once: Value 0 not in range 1 to 1000000", program.error_line());
     EXPECT_LT(100, program.status());
+}
+
+TEST_F(TarvoRegister, TellsOfAFileThatIsFullAndGoesOn) {
+    for (const char* option : {"--log", "--record", "--paper"}) {
+        Program program({option, "/dev/full", "--cashier", "auto"});
+        const std::string tty = program.tty();
+        {
+            const Host host(tty);
+            EXPECT_FALSE(host.ask(0x20).empty());
+            host.ask(0x31, {0, 'a', ' ', ' ', ' ', ' ', ' ', ' ', ' ', ' ', ' ', ' ', ' ', ' ', ' ',
+                            ' ', ' ', 0, 0});  // comes out on the paper
+            EXPECT_FALSE(host.ask(0x20).empty());
+        }
+        EXPECT_EQ("tarvo-register: /dev/full ends here: No space left on device",
+                  program.error_line());
+        program.send_signal(SIGTERM);
+        EXPECT_EQ(1, program.status()) << option;
+    }
 }
 
 TEST_F(TarvoRegister, AMemoryOfAnotherFirmwareIsNotTaken) {
@@ -392,8 +410,9 @@ TEST_F(TarvoRegister, OtherOptionsReachTheRegister) {
 TEST_F(TarvoRegister, TaxesThatAreNoneAreRefused) {
     for (const char* tax : {"17=1", "1=256", "1", "1=2x", "=5"}) {
         Program program({"--tax", tax});
-        EXPECT_EQ(std::string("--tax: ") + tax + " is not N=BYTE with N from 0 to 16",
-                  program.error_line());
+        EXPECT_EQ(
+            std::string("tarvo-register: --tax: ") + tax + " is not N=BYTE with N from 0 to 16",
+            program.error_line());
         EXPECT_NE(0, program.status());
     }
 }
@@ -502,7 +521,7 @@ TEST_F(TarvoRegister, ShowsTheLastReceiptOfAMemory) {
     EXPECT_EQ(0, png.status());
     EXPECT_EQ(0u, contents("last.png").find("\x89PNG\r\n"));
     Program picture({"receipt", "--memory", file("memory"), "--output", file("last.bmp")});
-    EXPECT_EQ("--output: " + file("last.bmp") +
+    EXPECT_EQ("tarvo-register: --output: " + file("last.bmp") +
                   " ends with neither .txt, .svg nor .png; --format says what it is to be",
               picture.error_line());
     EXPECT_LT(100, picture.status());

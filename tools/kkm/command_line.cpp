@@ -190,8 +190,10 @@ void CommandLine::AddCheck() {
     check->add_option("FILE", path_, "The check, or - for standard input")
         ->type_name("")
         ->required();
-    check->add_flag("--dry-run", dry_run_, "Show the receipt as it will be; send nothing");
+    CLI::Option* const dry_run =
+        check->add_flag("--dry-run", dry_run_, "Show the receipt as it will be; send nothing");
     check->add_option("--firmware", firmware_, "Firmware for --dry-run")
+        ->needs(dry_run)
         ->check(CLI::IsMember({301, 302, 303, 310, 400}))
         ->capture_default_str();
     AddKeyOptions(*check, journal_);

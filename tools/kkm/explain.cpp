@@ -28,6 +28,7 @@ struct Meaning {
 };
 
 constexpr int kLastError = 255;
+constexpr std::streamoff kMostOfATrace = 32 << 20;
 
 struct Key {
     int code;
@@ -245,6 +246,33 @@ void WriteStoryAsJson(const std::vector<StoryEvent>& events,
     out << story.dump(2) << std::endl;
 }
 
+// Trace files grow without limit; what matters stands at the end. Nothing, and errno, without a
+// file.
+std::optional<std::string> ReadEnd(const std::string& path, std::ostream& remarks) {
+    std::ifstream file(path, std::ios::binary);
+    if (!file) {
+        return std::nullopt;
+    }
+    const bool cut = file.seekg(0, std::ios::end) && file.tellg() > kMostOfATrace;
+    file.clear();
+    file.seekg(cut ? -kMostOfATrace : 0, cut ? std::ios::end : std::ios::beg);
+    file.clear();  // a pipe has no places to go to
+    errno = 0;
+    std::string text;
+    char piece[1U << 16];
+    while (text.size() < kMostOfATrace && (file.read(piece, sizeof piece) || file.gcount() > 0)) {
+        text.append(piece, static_cast<std::size_t>(file.gcount()));
+    }
+    if (errno != 0) {
+        return std::nullopt;
+    }
+    if (cut) {
+        remarks << "kkm: only the last " << (kMostOfATrace >> 20) << " MiB of " << path
+                << " are retold" << std::endl;
+    }
+    return text;
+}
+
 }  // namespace
 
 ExitStatus RunExplain(const std::string& what, bool as_json, Streams& streams) {
@@ -253,17 +281,15 @@ ExitStatus RunExplain(const std::string& what, bool as_json, Streams& streams) {
         WriteMeanings(meanings, as_json, streams.out);
         return ExitStatus::done;
     }
-    std::ifstream file(what, std::ios::binary);
-    std::ostringstream trace;
-    trace << file.rdbuf();
-    if (!file) {
+    const auto trace = ReadEnd(what, streams.err);
+    if (!trace) {
         return Report(ExitStatus::bad_file,
                       what + " is no code of an error, a state or a key, and no file: " +
                           std::generic_category().message(errno),
                       as_json, streams);
     }
-    const std::vector<StoryEvent> events = TellTrace(trace.str());
-    const std::vector<ProtocolFaults> faults = ReadProtocolTrace(trace.str());
+    const std::vector<StoryEvent> events = TellTrace(*trace);
+    const std::vector<ProtocolFaults> faults = ReadProtocolTrace(*trace);
     if (events.empty() && faults.empty()) {
         return Report(ExitStatus::bad_file,
                       what + " tells of no connection, no check and no fault of the protocol",

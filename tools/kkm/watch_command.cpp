@@ -1,6 +1,6 @@
 #include "kkm/watch_command.h"
 
-#include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
@@ -87,10 +87,10 @@ class Interrupt {
     sigset_t before_{};
 };
 
-// An adapter that is pulled out may come back; a name that never was there is a wrong one.
-bool IsThere(const std::string& device, Streams& streams) {
-    struct stat node {};
-    if (stat(device.c_str(), &node) == 0) {
+// An adapter that is pulled out may come back; a name that never was there is a wrong one, and a
+// device that this user may not open stays so.
+bool MayBeOpened(const std::string& device, Streams& streams) {
+    if (access(device.c_str(), R_OK | W_OK) == 0) {
         return true;
     }
     streams.err << "kkm: " << device << ": " << std::generic_category().message(errno) << std::endl;
@@ -108,7 +108,7 @@ ExitStatus RunWatch(const Address& address, const WatchOptions& options, Streams
             return ExitStatus::done;
         }
         const auto seen = LookAtRegister(address);
-        if (look == 0 && !seen && !IsThere(address.Device(), streams)) {
+        if (look == 0 && !seen && !MayBeOpened(address.Device(), streams)) {
             return ExitStatus::no_connection;
         }
         answered = answered || seen.has_value();
