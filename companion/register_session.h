@@ -32,8 +32,7 @@ class AttemptLog {
 // Whoever runs a session: how long it may go on, and its way out.
 struct Conditions {
     std::function<bool()> time_is_left;
-    // A long tape is being read, so many of so many records so far; false: no further. Where this
-    // was asked, a time that is left has to do for the rest.
+    // A long tape is being read, so many of so many records so far; false: no further.
     std::function<bool(int read, int all)> tape_goes_on;
     // Unknown so far, and why: what is left to say when the rest of the time brings nothing.
     std::function<void(const Verdict&, int driver_error)> found_so_far;

@@ -121,6 +121,28 @@ TEST_F(TillTest, BehindTheDeadlineTheHostLearnsThatItIsUnknown) {
     EXPECT_EQ(till.Resolve("K", Deadline(kAmpleMs)).reason, Reason::nothing_sent);
 }
 
+TEST_F(TillTest, StepsAreToldAndHowFarATapeIsRead) {
+    WorkerDoes(
+        "echo step 1 0 0; echo step 4 32 100; echo step 4 64 100; sleep 20 & echo $! >pid; wait");
+    Till till = Open();
+    std::string told;
+    till.OnStep([&](const WorkerStep& step) { told += StepText(step); });
+    const Attempt attempt = till.Print("K", bread_, false, Deadline(600));
+    EXPECT_EQ(told, "step 1 0 0\nstep 4 32 100\nstep 4 64 100\n");
+    EXPECT_EQ(attempt.reason, Reason::still_working);
+    EXPECT_EQ(attempt.tape_read, 64);
+    EXPECT_EQ(attempt.tape_to_read, 100);
+    EXPECT_EQ(std::system("kill $(cat pid)"), 0);
+}
+
+TEST_F(TillTest, AReportIsNotLostInAGoodByeWithoutEnd) {
+    WorkerDoes("echo '1 1 40 0 '; sleep 20 & echo $! >pid; wait");
+    const Attempt attempt = Open().Print("K", bread_, false, Deadline(600));
+    EXPECT_EQ(attempt.outcome, Outcome::printed);
+    EXPECT_EQ(attempt.first_record, 40);
+    EXPECT_EQ(std::system("kill $(cat pid)"), 0);
+}
+
 TEST_F(TillTest, WhatBrokeOffBeforeItsFirstLineNeedsNoRegister) {
     WorkerDoes("exit 0");
     Till till = Open();
@@ -269,4 +291,7 @@ TEST_F(TillTest, ReportsPassWhole) {
     EXPECT_EQ(read->journal_failure, "the journal: disk is full");
     EXPECT_FALSE(ParseReport("1 1 40"));
     EXPECT_FALSE(ParseReport("x\n"));
+    EXPECT_FALSE(ParseReport(StepText({WorkerStep::reading, 1, 2})));
+    EXPECT_FALSE(ParseStep(ReportText(report)));
+    EXPECT_FALSE(ParseStep("step 5 0 0\n"));
 }
