@@ -84,8 +84,10 @@ std::vector<ExpectedRecord> ExpectedRecords(const Check& check) {
     std::vector<ExpectedRecord> records;
     for (const Line& line : check.lines) {
         ExpectedRecord record;
-        record.quantity_thousandths = Thousandths(line.quantity);
-        const std::int64_t product = HalfUp(line.price * 100.0) * record.quantity_thousandths;
+        const std::int64_t thousandths = Thousandths(line.quantity);
+        // The driver reads a record of no quantity as one piece.
+        record.quantity_thousandths = thousandths == 0 ? 1000 : thousandths;
+        const std::int64_t product = HalfUp(line.price * 100.0) * thousandths;
         const std::int64_t amount = (product + 500) / 1000;
         record.sum_kopecks = amount + Percent(amount, check.discount);
         record.kind = static_cast<int>(check.mode);

@@ -39,6 +39,11 @@ TEST(CompanionCheck, WeightsAreKeptInThousandths) {
     EXPECT_EQ(ExpectedRecords(OneLine(1, 3))[0].quantity_thousandths, 3000);
 }
 
+TEST(CompanionCheck, KeepsTheDriversReadingOfNoWeightAsOnePiece) {
+    EXPECT_EQ(ExpectedRecords(OneLine(15, 0.0004))[0].quantity_thousandths, 1000);
+    EXPECT_EQ(Sum(15, 0.0004), 0);
+}
+
 TEST(CompanionCheck, DiscountsFallOnEachLineHalfUpOnEitherSideOfZero) {
     EXPECT_EQ(Sum(19.99, 3, -10), 5397);
     EXPECT_EQ(Sum(0.05, 1, -50), 3);
