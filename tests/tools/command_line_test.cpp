@@ -209,8 +209,8 @@ TEST_F(CommandLineTest, BufferIsToldInWords) {
     const std::pair<const char*, const char*> checks[] = {
         {R"("mode": "return")", "  2 lines, a return, total 3.00\n"},
         {R"("mode": "credit")", "  2 lines, a credit, total 3.00\n"},
-        {R"("discount": -10)", "  2 lines, discount 10 %, total 3.00\n"},
-        {R"("discount": 10)", "  2 lines, surcharge 10 %, total 3.00\n"},
+        {R"("discount": -10)", "  2 lines, discount 10 %, total 2.70\n"},
+        {R"("discount": 10)", "  2 lines, surcharge 10 %, total 3.30\n"},
     };
     for (const auto& [field, text] : checks) {
         library.Reset();

@@ -31,7 +31,6 @@ struct Buffer {
     int discount = 0;
     bool is_return = false;
     bool is_credit = false;
-    double sum = 0;
 };
 Buffer buffer;
 
@@ -109,14 +108,10 @@ int cbAddSale(char* name, double price, double quantity, int section) {
         return 0;
     }
     ++buffer.lines;
-    buffer.sum += price * quantity;
     return 1;
 }
 int cbGetSalesCount() {
     return buffer.lines;
-}
-double cbGetSum() {
-    return buffer.sum;
 }
 int cbSetCash(double sum) {
     FakeLibrary::Get().Call("cbSetCash", test::Fixed(sum, 2));

@@ -49,6 +49,16 @@ TEST_F(ProgramTest, ReadmeShowsThatPaper) {
     EXPECT_THAT(readme.str(), HasSubstr(paper.substr(behind) + "```\n"));
 }
 
+TEST_F(ProgramTest, TotalOfACheckIsThePapersAndNotTheLibrarysSum) {
+    std::ofstream("small.json")
+        << R"({"lines": [{"name": "Tea", "price": 15, "quantity": 0.009}], "cash": 0.14})";
+    RegisterProcess kassa({"--paper", "paper"});
+    kassa.Say("host");
+    EXPECT_EQ(Kkm(kassa, "check --json small.json"), 0);
+    EXPECT_THAT(output, HasSubstr("\"total\": 0.14"));
+    EXPECT_THAT(folder.Content("paper"), HasSubstr("=0.14\n"));
+}
+
 TEST_F(ProgramTest, StatusIsWhatTheRegisterHolds) {
     const RegisterProcess kassa({"--firmware", "310", "--baud", "57600", "--serial", "00000777"});
     EXPECT_EQ(Kkm(kassa, "status --json"), 0);

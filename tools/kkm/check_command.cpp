@@ -1,6 +1,7 @@
 #include "kkm/check_command.h"
 
 #include <optional>
+#include <utility>
 
 #include "VeskTarvoM5/VeskTarvoM5.h"
 #include "kkm/dry_run.h"
@@ -90,7 +91,7 @@ void FillBuffer(const CheckFile& check, std::vector<std::string> names) {
     }
 }
 
-std::string BufferText() {
+std::string BufferText(double total) {
     std::string text = Count(static_cast<std::size_t>(cbGetSalesCount()));
     if (cbGetReturnMode() != 0) {
         text += ", a return";
@@ -101,7 +102,7 @@ std::string BufferText() {
         text += cbGetDiscountValue() < 0 ? ", discount " : ", surcharge ";
         text += std::to_string(std::abs(cbGetDiscountValue())) + " %";
     }
-    return text + ", total " + MoneyText(cbGetSum());
+    return text + ", total " + MoneyText(total);
 }
 
 RegisterFailure NotPrinted(int code) {
@@ -140,8 +141,9 @@ std::vector<Figure> PrintCheckFile(const Address& address, const CheckFile& chec
     progress.Note("firmware " + std::to_string(firmware));
     WarnOfFirmware(firmware, check, names, streams.err);
     FillBuffer(check, names);
-    progress.Note(BufferText());
-    const double total = cbGetSum();
+    // As the paper will have it: the library's own sum is in floats of 32 bits.
+    const double total = RegisterTotal(check);
+    progress.Note(BufferText(total));
     progress.Step("preparing the register");
     Require(CheckClose(), ExitStatus::refused, "the register does not take the check");
     connection.Leave(Connection::Leaving::reset);

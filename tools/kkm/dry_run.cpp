@@ -103,6 +103,10 @@ void TryLines(const CheckFile& check, const FirmwareRules& rules, DryCheck& dry)
 }
 
 // Each line has its own part of the discount, half a kopeck rounded up.
+std::int64_t DiscountOf(std::int64_t kopecks, int percent) {
+    return Rounded(static_cast<double>(kopecks * percent) / 100);
+}
+
 void TryDiscount(int percent, DryCheck& dry) {
     if (cbSetDiscountValue(percent) == 0) {
         dry.has_total = false;
@@ -110,7 +114,7 @@ void TryDiscount(int percent, DryCheck& dry) {
         return;
     }
     for (const DryLine& line : dry.lines) {
-        dry.discount_kopecks += Rounded(static_cast<double>(line.kopecks * percent) / 100);
+        dry.discount_kopecks += DiscountOf(line.kopecks, percent);
     }
     dry.total_kopecks += dry.discount_kopecks;
     if (dry.total_kopecks > kMostKopecks) {
@@ -294,6 +298,16 @@ ExitStatus DryRun(const CheckFile& check, int firmware, bool as_json, Streams& s
     }
     streams.out << std::flush;
     return dry.refusals.empty() ? ExitStatus::done : ExitStatus::refused;
+}
+
+double RegisterTotal(const CheckFile& check) {
+    std::int64_t kopecks = 0;
+    for (const CheckLine& line : check.lines) {
+        DryLine dry;
+        Multiply(line, dry);
+        kopecks += dry.kopecks + DiscountOf(dry.kopecks, check.discount);
+    }
+    return static_cast<double>(kopecks) * 0.01;
 }
 
 }  // namespace kkm

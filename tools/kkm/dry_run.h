@@ -23,4 +23,7 @@ FirmwareRules RulesOf(int firmware);
 // the check would be.
 ExitStatus DryRun(const CheckFile& check, int firmware, bool as_json, Streams& streams);
 
+// The register's total of a check that is not refused, in currency units.
+double RegisterTotal(const CheckFile& check);
+
 }  // namespace kkm
