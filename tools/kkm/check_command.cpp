@@ -121,11 +121,11 @@ void Print(Connection& connection, Progress& progress, std::size_t lines) {
     const Listening listening(state);
     progress.Step("waiting for the register to ask for the check (Ctrl-C gives up)");
     if (PrintCheck() == 0) {
-        const RegisterFailure failure = NotPrinted(GetErrorCode());
-        if (failure.status() == ExitStatus::unknown) {
+        const int code = GetErrorCode();
+        if (NotPrinted(code).status() == ExitStatus::unknown) {
             connection.Leave(Connection::Leaving::as_it_is);
         }
-        throw failure;
+        throw NotPrinted(code);
     }
 }
 

@@ -10,8 +10,7 @@ namespace {
 constexpr const char* kTexts[] = {
     nullptr,
     "the port failed: look at the adapter and its cable",
-    "an answer was broken or belonged to another request: look at the cable, its length and its "
-    "ground; the step in VeskTarvoM5.log at that time tells more",
+    "an answer was broken or another request's: look at cable and ground, and at VeskTarvoM5.log",
     "the line failed: look at the adapter and its cable",
     "another register answered: only one may be on this line",
     "the register did not take a record of goods",

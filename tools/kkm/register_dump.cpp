@@ -227,7 +227,7 @@ class Reader {
             if (record) {
                 KeepRecord(number, *record);
             } else if (!record_count_) {
-                dump_.missing.push_back("how many records the control tape has");
+                dump_.missing.emplace_back("how many records the control tape has");
                 return;
             } else {
                 ++unread;
