@@ -95,6 +95,18 @@ TEST_F(ProgramTest, DoctorFindsAGoodTillWell) {
     EXPECT_THAT(output, EndsWith("nothing to mend\n"));
 }
 
+TEST_F(ProgramTest, DoctorTellsOfTheRegistersLastError) {
+    for (const char* firmware : {"302", "310"}) {
+        RegisterProcess kassa({"--firmware", firmware});
+        kassa.Say("paper out");
+        kassa.Say("shift open");
+        kassa.Say("shift close");  // whose report does not come out
+        EXPECT_EQ(Kkm(kassa, "doctor"), 0);
+        EXPECT_THAT(output, HasSubstr("note  the register's last error: 16, no paper\n"))
+            << firmware;
+    }
+}
+
 TEST_F(ProgramTest, TapeShowsThePrintedLines) {
     RegisterProcess kassa({});
     kassa.Say("host");

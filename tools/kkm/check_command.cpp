@@ -122,11 +122,11 @@ void Print(Connection& connection, Progress& progress, std::size_t lines) {
     const Listening listening(state);
     progress.Step("waiting for the register to ask for the check (Ctrl-C gives up)");
     if (PrintCheck() == 0) {
-        RegisterFailure failure = NotPrinted(GetErrorCode());
-        if (failure.status() == ExitStatus::unknown) {
+        const int code = GetErrorCode();
+        if (NotPrinted(code).status() == ExitStatus::unknown) {
             connection.Leave(Connection::Leaving::as_it_is);
         }
-        throw std::move(failure);
+        throw NotPrinted(code);
     }
 }
 

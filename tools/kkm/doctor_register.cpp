@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "kkm/doctor.h"
+#include "kkm/firmware_places.h"
 #include "kkm/line_client.h"
 #include "kkm/open_check.h"
 #include "kkm/register_state.h"
@@ -13,9 +14,8 @@ namespace {
 using Findings = std::vector<Finding>;
 
 constexpr std::uint8_t kStatus = 0x20;
-constexpr std::uint8_t kVersion = 0x34;
-constexpr std::uint8_t kVersionAnswer = 0xB4;
 constexpr int kTimed = 10;
+constexpr int kNoPaper = 16;
 // What the driver allows, and where it gets close.
 constexpr double kFirstByteMs = 400;
 constexpr double kGapMs = 100;
@@ -38,7 +38,7 @@ std::optional<Found> FindRegister(const std::string& device, Findings& findings)
     bool garbled = false;
     for (const int baud : {9600, 57600}) {
         LineClient line(device, baud);
-        const LineAnswer answer = line.Exchange(kVersion);
+        const LineAnswer answer = line.Exchange(kVersion.request);
         if (answer.kind == AnswerKind::whole && !found) {
             found = Found{baud, answer};
         }
@@ -63,40 +63,16 @@ std::optional<Found> FindRegister(const std::string& device, Findings& findings)
     return found;
 }
 
-// As the driver reads it: two bytes, or three of which the last is 0 behind 3.02. Registers of 3.01
-// and 4.00 answer with numbers of their own. 0 for firmware that it does not know.
-int FirmwareOf(const Bytes& data) {
-    if (data.size() < 2) {
-        return 0;
-    }
-    const int raw = data[0] * 100 + data[1];
-    if (data.size() == 3) {
-        return raw == 302 && data[2] == 0 ? 303 : 0;
-    }
-    switch (raw) {
-        case 211:
-            return 301;
-        case 304:
-            return 400;
-        case 312:
-            return 310;
-        case 302:
-        case 303:
-        case 310:
-            return raw;
-        default:
-            return 0;
-    }
-}
-
-bool ExamineFirmware(const LineAnswer& answer, Findings& findings) {
-    if (answer.code != kVersionAnswer) {
+// The firmware, as the driver calls it; 0 when it is none of the driver's.
+int ExamineFirmware(const LineAnswer& answer, Findings& findings) {
+    if (answer.code != kVersion.answer) {
         findings.push_back({Grade::bad, "wrong_answer",
                             "the answer to the question for the version is none",
                             "check that this is a Tarvo M5 register"});
-        return false;
+        return 0;
     }
-    const int firmware = FirmwareOf(answer.data);
+    const int told = FirmwareOf(answer.data);
+    const int firmware = told == 312 ? 310 : told;
     if (firmware == 0) {
         findings.push_back({Grade::bad, "unknown_firmware",
                             "the driver does not know this firmware (" +
@@ -104,10 +80,10 @@ bool ExamineFirmware(const LineAnswer& answer, Findings& findings) {
                                 std::to_string(answer.data.size() < 2 ? 0 : answer.data[1]) + ")",
                             "ask the service for a register or firmware that is supported: 3.01, "
                             "3.02, 3.03, 3.10, 4.00"});
-        return false;
+        return 0;
     }
     findings.push_back({Grade::good, "firmware", "firmware " + std::to_string(firmware), ""});
-    return true;
+    return firmware;
 }
 
 void ExamineTime(const std::string& key, const std::string& what, double ms, double limit,
@@ -188,14 +164,30 @@ void ExamineTimes(const std::string& device, int baud, Findings& findings) {
     }
 }
 
+// What a till stumbled over last, however long ago: no more than a note.
+void ExamineLastError(const std::string& device, int baud, int firmware, Findings& findings) {
+    LineClient line(device, baud);
+    const int error = ReadLastError(line, firmware).value_or(0);
+    if (error == kNoPaper) {
+        findings.push_back({Grade::note, "no_paper", "the register's last error: 16, no paper",
+                            "look at the roll, and whether a check is still open at the register"});
+    } else if (error != 0) {
+        findings.push_back({Grade::note, "register_error",
+                            "the register's last error: " + std::to_string(error),
+                            "its manual tells what the number means"});
+    }
+}
+
 }  // namespace
 
 std::vector<Finding> ExamineRegister(const std::string& device) {
     Findings findings;
     try {
         const auto found = FindRegister(device, findings);
-        if (found && ExamineFirmware(found->answer, findings)) {
+        const int firmware = found ? ExamineFirmware(found->answer, findings) : 0;
+        if (firmware != 0) {
             ExamineTimes(device, found->baud, findings);
+            ExamineLastError(device, found->baud, firmware, findings);
         }
     } catch (const LineFailure& failure) {
         findings.push_back({Grade::bad, "line_failed", failure.what(),

@@ -22,6 +22,7 @@ constexpr Query kReadEeprom{0x02, 0x82};
 constexpr Query kReadRam{0x04, 0x84};
 constexpr Query kVersion{0x34, 0xB4};
 constexpr Query kSaleNumber{0x37, 0xB7};
+constexpr Query kLastError{0x38, 0xB8};
 
 // By the data of the answer to kVersion; 0 for firmware that is not known.
 int FirmwareOf(const Bytes& version);

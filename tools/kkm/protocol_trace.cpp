@@ -10,7 +10,7 @@ namespace {
 constexpr const char* kTexts[] = {
     nullptr,
     "the port failed: look at the adapter and its cable",
-    "an answer was broken or of another request: look at cable and ground, and at VeskTarvoM5.log",
+    "an answer was broken or another request's: look at cable and ground, and at VeskTarvoM5.log",
     "the line failed: look at the adapter and its cable",
     "another register answered: only one may be on this line",
     "the register did not take a record of goods",

@@ -31,7 +31,6 @@ constexpr Query kReadProduct{0x08, 0x88};
 constexpr Query kStatistics{0x0A, 0x8A};
 constexpr Query kReadTape{0x12, 0x8B};
 constexpr Query kSerialNumber{0x15, 0x95};
-constexpr Query kLastError{0x38, 0xB8};
 
 std::int64_t Number(const Bytes& bytes, std::size_t from, std::size_t width) {
     std::int64_t value = 0;

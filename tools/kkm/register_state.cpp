@@ -36,10 +36,10 @@ std::optional<int> ReadByte(LineClient& line, const Query& query, const Bytes& p
     return answer.data[0];
 }
 
-std::optional<int> ReadOpenLines(LineClient& line, int firmware) {
-    const int place = PlacesOf(firmware).sale_number;
+// What older firmware keeps at a place, and later firmware tells by command.
+std::optional<int> ReadByte(LineClient& line, int place, const Query& command) {
     return place >= 0 ? ReadByte(line, kReadRam, RamRequest(place, 1))
-                      : ReadByte(line, kSaleNumber, {});
+                      : ReadByte(line, command, {});
 }
 
 std::optional<int> ReadSection(LineClient& line, int firmware) {
@@ -57,13 +57,17 @@ void ReadWhatTheStateLeavesOpen(LineClient& line, RegisterLook& look) {
     if (firmware == 0) {
         return;
     }
-    look.open_lines = ReadOpenLines(line, firmware);
+    look.open_lines = ReadByte(line, PlacesOf(firmware).sale_number, kSaleNumber);
     if (asks) {
         look.section = ReadSection(line, firmware);
     }
 }
 
 }  // namespace
+
+std::optional<int> ReadLastError(LineClient& line, int firmware) {
+    return ReadByte(line, PlacesOf(firmware).last_error, kLastError);
+}
 
 std::optional<RegisterLook> LookAtRegister(const Address& address) {
     const std::string device = address.Device();

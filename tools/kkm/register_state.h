@@ -53,6 +53,9 @@ struct RegisterLook {
 // answers or the device cannot be opened. Blocks up to 1 s on a silent line.
 std::optional<RegisterLook> LookAtRegister(const Address& address);
 
+// The number of the register's last error, 0 for none. Nothing when it does not come.
+std::optional<int> ReadLastError(LineClient& line, int firmware);
+
 // Code, name and meaning.
 std::string StateText(int code);
 // The same as figures, with the state's own.

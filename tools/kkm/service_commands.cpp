@@ -62,8 +62,8 @@ ExitStatus RunText(const Address& address, const std::string& text, bool as_json
                     << FromRegisterText(line.bytes.substr(0, kLongestText)) << std::endl;
     }
     return RunService(
-        address, [&](Connection&) { return KKMPrintStr(line.bytes.data()); }, "the line is printed",
-        as_json, streams);
+        address, [&](Connection&) { return KKMPrintStr(line.bytes.data()); },
+        "the line is sent to the printer", as_json, streams);
 }
 
 ExitStatus RunFeed(const Address& address, int times, bool as_json, Streams& streams) {
