@@ -38,11 +38,11 @@ class Host:
         import sure_till
         self.types = sure_till
         self.till = till
-        self.library = ctypes.CDLL(f"{till.build}/libkkmcheck.so")
-        self.library.kkmcheck_print.argtypes = [
+        self.companion = ctypes.CDLL(f"{till.build}/libkkmcheck.so")
+        self.companion.kkmcheck_print.argtypes = [
             ctypes.c_void_p, ctypes.c_char_p, ctypes.POINTER(sure_till.Check), ctypes.c_int,
             ctypes.POINTER(sure_till.Outcome)]
-        self.library.kkmcheck_close.argtypes = [ctypes.c_void_p]
+        self.companion.kkmcheck_close.argtypes = [ctypes.c_void_p]
 
     def print(self, key, deadline_ms):
         """The outcome, with a journal that is opened and closed for it."""
@@ -51,11 +51,11 @@ class Host:
         outcome = self.types.Outcome()
         journal = ctypes.c_void_p()
         self.till.register.say("host")
-        self.library.kkmcheck_open(f"{self.till.folder}/journal".encode(),
-                                   f"{self.till.folder}/tty".encode(), ctypes.byref(journal))
-        result = self.library.kkmcheck_print(journal, key, ctypes.byref(check), deadline_ms,
-                                             ctypes.byref(outcome))
-        self.library.kkmcheck_close(journal)
+        self.companion.kkmcheck_open(f"{self.till.folder}/journal".encode(),
+                                     f"{self.till.folder}/tty".encode(), ctypes.byref(journal))
+        result = self.companion.kkmcheck_print(journal, key, ctypes.byref(check), deadline_ms,
+                                               ctypes.byref(outcome))
+        self.companion.kkmcheck_close(journal)
         return result, outcome.outcome
 
 

@@ -69,7 +69,7 @@ class Tester:
     def __init__(self, source, build, cc, cxx, flags):
         self.source, self.build, self.flags = source, build, flags.split()
         self.compilers = {"c": [cc, "-std=c11"], "cpp": [cxx, "-std=c++17"]}
-        self.library = build / "libVeskTarvoM5.so.1"
+        self.driver = build / "libVeskTarvoM5.so.1"
         self.tty = ""
 
     def run(self, block, command, **more):
@@ -92,15 +92,15 @@ class Tester:
             self.compiled(block, text + block.text + "}\n", "-fsyntax-only")
         elif block.language in self.compilers:
             text = block.text.replace("/dev/ttyUSB0", self.tty)
-            self.compiled(block, text, "-o", "example", self.library, "-ldl",
+            self.compiled(block, text, "-o", "example", self.driver, "-ldl",
                           f"-Wl,-rpath,{self.build}")
             self.run(block, ["./example", self.tty],
                      env=dict(os.environ, LD_LIBRARY_PATH=str(self.build)))
         elif block.language == "python":
-            if self.library.read_bytes()[4] * 4 != struct.calcsize("P"):
+            if self.driver.read_bytes()[4] * 4 != struct.calcsize("P"):
                 return "left out: this Python is of another word size"
             Path("example.py").write_text(block.text, encoding="utf-8")
-            self.run(block, [sys.executable, "example.py", self.tty, self.library])
+            self.run(block, [sys.executable, "example.py", self.tty, self.driver])
         elif block.use == "register":
             programs = f"{self.build}/tools/kkm:{os.environ['PATH']}"
             text = re.sub(r"/dev/ttyUSB0|/dev/pts/N", self.tty, block.text)
